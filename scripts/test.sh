@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs every test: once plain, once under AddressSanitizer + UBSan.
+set -euo pipefail
+here=$(cd "$(dirname "$0")/.." && pwd)
+jobs=$(nproc)
+
+"$here/scripts/setup.sh" "$here/build"
+(cd "$here/build" && ctest --output-on-failure --parallel "$jobs" --timeout 300)
+
+ZENDREL_BUILD_TYPE=Debug "$here/scripts/setup.sh" "$here/build-asan" -DZENDREL_SANITIZE=ON
+export ASAN_OPTIONS=detect_leaks=0:abort_on_error=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+(cd "$here/build-asan" && ctest --output-on-failure --parallel "$jobs" --timeout 600)
