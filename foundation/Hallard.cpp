@@ -1,0 +1,32 @@
+#include "foundation/Hallard.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QFile>
+#include <QRandomGenerator>
+
+namespace {
+const char* const kSalt = "zNdRl";
+}
+
+QString hallard_getNewId(const QString& prefix) {
+    const QString appName = QCoreApplication::instance() ? QCoreApplication::applicationFilePath() : "zendrel";
+    const QString seed = QDateTime::currentDateTime().toString("y-MM-dd H:m:ss.zzz") + appName +
+                         QString::number(QRandomGenerator::global()->bounded(12345678)) + kSalt + prefix;
+    return hallard_md5(seed);
+}
+
+QString hallard_md5(const QString& text) {
+    return QString::fromLatin1(QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Md5).toHex());
+}
+
+QString hallard_fileMd5(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    if (!hash.addData(&file))
+        return QString();
+    return QString::fromLatin1(hash.result().toHex());
+}

@@ -1,0 +1,11 @@
+#pragma once
+// Ids and digests: 32 lower-case hexadecimal digits of MD5.
+
+#include <QString>
+
+// A fresh unique id: time, application name, a random number, a salt and the caller's prefix.
+QString hallard_getNewId(const QString& prefix = QString());
+// MD5 of the UTF-8 bytes of a string.
+QString hallard_md5(const QString& text);
+// MD5 of a file's content, read in slices (constant memory); "" when the file cannot be read.
+QString hallard_fileMd5(const QString& path);

@@ -1,0 +1,149 @@
+#include "project/model/AEEpisode.h"
+
+#include "app/core/Slowder.h"
+#include "foundation/Hallard.h"
+#include "project/model/AEAsset.h"
+#include "project/model/AEIngest.h"
+#include "project/model/AEShow.h"
+#include "project/model/Globals.h"
+#include "timeline/model/AETimeLine.h"
+
+namespace {
+const bool registered = registerArchiveClass(AEEpisode::kClassName, [](KeyedUnarchiver& coder) {
+    return std::static_pointer_cast<KeyedObject>(AEEpisode::decode(coder));
+});
+
+bool isSameAsset(const std::shared_ptr<AEAsset>& a, const QString& id) { return a && a->id == id; }
+} // namespace
+
+AEEpisode::AEEpisode(const QString& episodeId, const QString& title, const QString& imagePath,
+                     const QString& pathFolder)
+    : episodeId(episodeId), id(hallard_getNewId()), title(title), imagePath(imagePath),
+      creationDate(QDateTime::currentDateTime()), modificationDate(creationDate), publicationDate(creationDate),
+      timeline(std::make_shared<AETimeLine>()) {
+    (void)registered;
+    timelineDataPath = pathFolder + id + ".AETimeLine";
+    if (!imagePath.isEmpty())
+        image = QImage(imagePath);
+}
+
+void AEEpisode::encode(KeyedArchiver& coder) const {
+    coder.encodeString("episodeId", episodeId);
+    coder.encodeString("id", id);
+    coder.encodeString("title", title);
+    coder.encodeString("notes", notes);
+    coder.encodeString("url", url);
+    coder.encodeString("imagePath", AEIngest::savePath(imagePath));
+    coder.encodeDate("creationDate", creationDate);
+    coder.encodeDate("modificationDate", modificationDate);
+    coder.encodeDate("publicationDate", publicationDate);
+    coder.encodeString("timelineDataPath", AEIngest::savePath(timelineDataPath));
+    coder.encodeInt("nChannels", static_cast<int64_t>(nChannels));
+    coder.encodeInt("status", static_cast<int64_t>(status));
+    coder.encodeBool("deleted", deleted);
+    QStringList ids;
+    for (const auto& asset : assets)
+        ids.append(asset->id);
+    // An episode that was never opened keeps the ids it was read with.
+    coder.encodeStringArray("assetIds", assetsLoaded ? ids : assetIDs);
+    const double total = duration == 0 && timeline ? timeline->getTotalDuration() : duration;
+    coder.encodeDouble("duration", total);
+}
+
+std::shared_ptr<AEEpisode> AEEpisode::decode(KeyedUnarchiver& coder) {
+    const auto episodeId = coder.decodeString("episodeId");
+    const auto id = coder.decodeString("id");
+    const auto title = coder.decodeString("title");
+    const auto notes = coder.decodeString("notes");
+    const auto imagePath = coder.decodeString("imagePath");
+    const auto creationDate = coder.decodeDate("creationDate");
+    const auto modificationDate = coder.decodeDate("modificationDate");
+    const auto timelineDataPath = coder.decodeString("timelineDataPath");
+    const auto assetIds = coder.decodeStringArray("assetIds");
+    if (!episodeId || !id || !title || !notes || !imagePath || !creationDate || !modificationDate ||
+        !timelineDataPath || !assetIds)
+        return nullptr;
+
+    auto episode = std::make_shared<AEEpisode>(*episodeId, *title, AEIngest::loadPath(*imagePath));
+    episode->notes = *notes;
+    episode->duration = coder.decodeDouble("duration").value_or(0);
+    episode->url = coder.decodeString("url").value_or("");
+    episode->publicationDate = coder.decodeDate("publicationDate").value_or(QDateTime::currentDateTime());
+    const auto channels = coder.decodeInt("nChannels");
+    episode->nChannels = channels == 1 ? AENChannels::mono : AENChannels::stereo;
+    const auto status = coder.decodeInt("status");
+    if (status && *status >= 0 && *status <= 2)
+        episode->status = static_cast<AEEpisodeStatus>(*status);
+    else
+        episode->status = episode->publicationDate <= QDateTime::currentDateTime() ? AEEpisodeStatus::published
+                                                                                  : AEEpisodeStatus::notReady;
+    episode->deleted = coder.decodeBool("deleted").value_or(false);
+    episode->id = *id;
+    episode->creationDate = *creationDate;
+    episode->modificationDate = *modificationDate;
+    episode->timelineDataPath = AEIngest::loadPath(*timelineDataPath);
+    episode->assetIDs = *assetIds;
+    if (episode->duration == 0 && episode->timeline)
+        episode->duration = episode->timeline->getTotalDuration();
+    if (slowder)
+        slowder->itemLoaded();
+    return episode;
+}
+
+void AEEpisode::forceLoadEpisodeAsset(const std::shared_ptr<AEAsset>& asset) {
+    if (!asset || asset->type == AEAssetType::silence)
+        return;
+    if (zendrelShow) {
+        for (const auto& common : zendrelShow->commonAssets)
+            if (isSameAsset(common, asset->id))
+                return;
+    }
+    if (assetInEpisode(asset->id))
+        return;
+    assets.push_back(asset);
+    assetsLoaded = true;
+}
+
+void AEEpisode::forceLoadAssets() {
+    assets.clear();
+    for (const auto& assetId : assetIDs)
+        assets.push_back(AEAssetDB::loadAsset(assetId));
+    assetsLoaded = true;
+}
+
+void AEEpisode::loadImage(const QString& path) {
+    image = QImage(path);
+    modified();
+}
+
+void AEEpisode::modified() { modificationDate = QDateTime::currentDateTime(); }
+
+void AEEpisode::removeEpisodeAssets() {
+    for (const auto& asset : assets)
+        asset->removeIngestedFile();
+}
+
+void AEEpisode::appendAsset(std::vector<std::shared_ptr<AEAsset>>& list, const std::shared_ptr<AEAsset>& asset) {
+    if (!asset || asset->type == AEAssetType::silence)
+        return;
+    for (const auto& present : list)
+        if (isSameAsset(present, asset->id))
+            return;
+    list.push_back(asset);
+}
+
+std::vector<std::shared_ptr<AEAsset>> AEEpisode::getAllAssets() const { return assets; }
+
+bool AEEpisode::assetInEpisode(const QString& assetId) const {
+    for (const auto& asset : assets)
+        if (isSameAsset(asset, assetId))
+            return true;
+    return false;
+}
+
+bool AEEpisode::assetInEpisodeByFilePath(const QString& filePath) const {
+    for (const auto& asset : assets)
+        if (asset && asset->ingestedFilePath == filePath)
+            return true;
+    return false;
+}

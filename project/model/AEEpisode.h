@@ -1,0 +1,66 @@
+#pragma once
+// One episode of the show: its metadata, the ids and (once opened) the records of its own assets,
+// and its timeline, which lives in a file of its own beside the show. An episode is light after
+// decoding: assets and timeline stay on disk until it is opened. Main thread, but decoding, which
+// runs on the show loader's background queue.
+
+#include "foundation/KeyedArchive.h"
+
+#include <QDateTime>
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+class AEAsset;
+class AETimeLine;
+
+enum class AENChannels { mono = 1, stereo = 2 };
+enum class AEEpisodeStatus { notReady = 0, ready = 1, published = 2 };
+enum class AEEpisodeSortBy { episodeId, title, creationDate, modificationDate };
+
+class AEEpisode : public KeyedObject {
+public:
+    // pathFolder: the folder of the timeline file.
+    explicit AEEpisode(const QString& episodeId, const QString& title = QString(), const QString& imagePath = QString(),
+                       const QString& pathFolder = QString());
+
+    static constexpr const char* kClassName = "AEEpisode";
+    QString archiveClassName() const override { return kClassName; }
+    void encode(KeyedArchiver& coder) const override;
+    static std::shared_ptr<AEEpisode> decode(KeyedUnarchiver& coder);
+
+    QString episodeId;
+    QString id;
+    QString title;
+    QString notes;
+    QString url;
+    QString imagePath;
+    QImage image;
+    QDateTime creationDate;
+    QDateTime modificationDate;
+    QDateTime publicationDate;
+    QString timelineDataPath;
+    std::shared_ptr<AETimeLine> timeline;
+    QStringList assetIDs;
+    std::vector<std::shared_ptr<AEAsset>> assets;
+    // Whether `assets` has been filled since decoding; until then the archive keeps assetIDs.
+    bool assetsLoaded = false;
+    double duration = 0;
+    AENChannels nChannels = AENChannels::stereo;
+    AEEpisodeStatus status = AEEpisodeStatus::notReady;
+    bool deleted = false;
+
+    void forceLoadEpisodeAsset(const std::shared_ptr<AEAsset>& asset);
+    void forceLoadAssets();
+    void loadImage(const QString& path);
+    void modified();
+    void removeEpisodeAssets();
+    // Adds the asset to the list unless it is a silence or its id is already there.
+    static void appendAsset(std::vector<std::shared_ptr<AEAsset>>& assets, const std::shared_ptr<AEAsset>& asset);
+    std::vector<std::shared_ptr<AEAsset>> getAllAssets() const;
+    bool assetInEpisode(const QString& id) const;
+    bool assetInEpisodeByFilePath(const QString& filePath) const;
+};

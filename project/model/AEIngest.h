@@ -1,0 +1,29 @@
+#pragma once
+// The two path globals of a show and the translation of stored paths. workFolder and ingestPath
+// are written at start-up and on a change of working folder, on the main thread; every path that
+// goes into an archive passes savePath so that a working folder can move as a whole.
+
+#include <QString>
+
+#include <optional>
+
+class AEIngest {
+public:
+    // Creates the folder and fixes ingestPath (with a trailing "/").
+    explicit AEIngest(const QString& ingestPath);
+
+    static QString workFolder; // always ends with "/"
+    static QString ingestPath; // workFolder + "AssetIngests/"
+
+    static constexpr const char* kWorkFolderToken = "[%WORKFOLDER%]";
+
+    // Reads "WorkingFolder" (asking the person only when it is ""), sets and returns workFolder.
+    static QString getWorkFolder();
+    // The user's Documents folder, without a trailing "/".
+    static QString documentsFolder();
+    static QString savePath(const QString& path);
+    static QString loadPath(const QString& path);
+    static bool isIngested(const QString& ingestedName);
+    // Copies a file into the ingest folder as <safe name>___<8 hex>.<ext>; nothing when it is missing.
+    static std::optional<QString> ingest(const QString& originalFilePath);
+};
