@@ -130,9 +130,10 @@ QByteArray KeyedArchiver::archivedData(const std::shared_ptr<const KeyedObject>&
 }
 
 bool KeyedArchiver::archiveRootObject(const std::shared_ptr<const KeyedObject>& root, const QString& path) {
-    if (!root)
-        return false;
-    const QByteArray data = archivedData(root);
+    return root && writeAtomically(archivedData(root), path);
+}
+
+bool KeyedArchiver::writeAtomically(const QByteArray& data, const QString& path) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         qxLog("KeyedArchiver: cannot write " + path + ": " + file.errorString());

@@ -60,6 +60,7 @@ public:
     static QByteArray archivedData(const std::shared_ptr<const KeyedObject>& root);
     // Temporary file in the same folder, flushed to disk, renamed over the old one.
     static bool archiveRootObject(const std::shared_ptr<const KeyedObject>& root, const QString& path);
+    static bool writeAtomically(const QByteArray& data, const QString& path);
 
 private:
     QJsonObject referenceTo(const std::shared_ptr<const KeyedObject>& object);

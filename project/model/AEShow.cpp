@@ -95,10 +95,10 @@ bool AEShow::save(const QString& path) const {
     qxLog("Saving show...");
     qxLog("Episodes: " + QString::number(episodes.size()));
     // The archiver holds its objects by shared pointer; a shallow copy shares the episodes.
-    const auto self = std::make_shared<AEShow>(*this);
-    const bool written = KeyedArchiver::archiveRootObject(self, path);
+    const QByteArray data = KeyedArchiver::archivedData(std::make_shared<AEShow>(*this));
+    const bool written = KeyedArchiver::writeAtomically(data, path);
     if (written)
-        KeyedArchiver::archiveRootObject(self, path + ".bak");
+        KeyedArchiver::writeAtomically(data, path + ".bak");
     else
         qxLog("PROBLEMS!");
     if (slowder)
