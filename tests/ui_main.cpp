@@ -5,6 +5,9 @@
 
 int main(int argc, char** argv) {
     testenv::isolateUserFolders();
+    // Widget tests never need a display, and test discovery runs before any ctest environment applies.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
