@@ -1,0 +1,78 @@
+// The working folder panel driven through its buttons, with a scripted door and a recording delegate.
+
+#include "app/windows/WorkingFolderVC.h"
+
+#include "foundation/Interaction.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <gtest/gtest.h>
+
+namespace {
+
+class RecordingDelegate : public WorkingFolderProtocol {
+public:
+    void workingFolderChange(const QString& to) override { changes << to; }
+    void workingFolderMove(const QString& to) override { moves << to; }
+    QStringList changes;
+    QStringList moves;
+};
+
+class WorkingFolderVCTest : public ::testing::Test {
+protected:
+    void SetUp() override { setUserInteraction(door); }
+    void TearDown() override { setUserInteraction(nullptr); }
+
+    QStringList transcript() const {
+        QStringList lines;
+        for (const QString& line : door->transcript())
+            lines << line;
+        return lines;
+    }
+
+    std::shared_ptr<ScriptedInteraction> door = std::make_shared<ScriptedInteraction>();
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+};
+
+} // namespace
+
+TEST_F(WorkingFolderVCTest, ShowsTheFolderAndTitleWithTheirDefaults) {
+    WorkingFolderVC given(delegate, QString("/home/me/Zendrel"),
+                          QString("Please Choose Zendrel Working Folder"));
+    EXPECT_EQ(given.currentWF()->text(), "/home/me/Zendrel");
+    EXPECT_TRUE(given.currentWF()->isReadOnly());
+    EXPECT_EQ(given.windowTitle(), "Please Choose Zendrel Working Folder");
+
+    WorkingFolderVC bare(delegate, std::nullopt, std::nullopt);
+    EXPECT_EQ(bare.currentWF()->text(), "");
+    EXPECT_EQ(bare.windowTitle(), "Select Working Folder");
+}
+
+TEST_F(WorkingFolderVCTest, ChangeAsksForAFolderAndHandsItToTheDelegate) {
+    WorkingFolderVC panel(delegate, QString("/old"), QString("Please Choose Zendrel Working Folder"));
+    door->queuePath("/new folder");
+    panel.changeButton()->click();
+
+    EXPECT_EQ(delegate->changes, QStringList({"/new folder"}));
+    EXPECT_EQ(panel.currentWF()->text(), "/new folder");
+    EXPECT_EQ(transcript(),
+              QStringList({"selectFolder: Please Choose Zendrel Working Folder |  | /old -> /new folder"}));
+
+    // Cancelled: nothing changes.
+    panel.changeButton()->click();
+    EXPECT_EQ(delegate->changes.size(), 1);
+    EXPECT_EQ(panel.currentWF()->text(), "/new folder");
+}
+
+TEST_F(WorkingFolderVCTest, MoveOnlyWarnsAndOkCloses) {
+    WorkingFolderVC panel(delegate, QString("/old"), std::nullopt);
+    panel.show();
+    panel.moveButton()->click();
+    EXPECT_EQ(transcript(), QStringList({"alert: Warning | This feature is not yet implemented."}));
+    EXPECT_TRUE(delegate->moves.isEmpty());
+    EXPECT_TRUE(delegate->changes.isEmpty());
+
+    panel.okButton()->click();
+    EXPECT_FALSE(panel.isVisible());
+    EXPECT_EQ(panel.result(), QDialog::Accepted);
+}
