@@ -1,5 +1,7 @@
 #include "foundation/StrUt.h"
 
+#include <QList>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -49,4 +51,13 @@ QString strUt_doublePrint(double value) {
     QString text = fromChars(buffer, end);
     if (!scientific && !text.contains(u'.')) text += ".0";
     return text;
+}
+
+QString strUt_acceptChars(const QString& text, const QString& accepted, const QString& replacement) {
+    // By code point, so a character outside the basic plane is one character, not two.
+    const auto allowed = accepted.toUcs4();
+    QString out;
+    for (const char32_t c : text.toUcs4())
+        out += allowed.contains(c) ? QString::fromUcs4(&c, 1) : replacement;
+    return out;
 }

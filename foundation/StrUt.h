@@ -18,3 +18,6 @@ QString strUt_doubleToString(double value, int decimals);
 // "-24.0"). Magnitudes below 1e-4 or from 1e16 up use an exponent ("1e-07", "1e+21"); NaN and the
 // infinities print as "nan", "inf", "-inf", which strtod accepts.
 QString strUt_doublePrint(double value);
+
+// Every character of text that is not in accepted becomes replacement, one for one.
+QString strUt_acceptChars(const QString& text, const QString& accepted, const QString& replacement);

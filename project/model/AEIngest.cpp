@@ -5,6 +5,7 @@
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
+#include "foundation/StrUt.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -14,14 +15,6 @@ QString AEIngest::ingestPath;
 
 namespace {
 const QString kSafeChars = "1234567890_-qwertyuiopasdfghjklzxcvbnmQWERTYUIOPASDFGHJKLZXCVBNM";
-
-// Every character not in the accepted set becomes the replacement, one for one.
-QString acceptChars(const QString& text, const QString& accepted, const QString& replacement) {
-    QString out;
-    for (const QChar c : text)
-        out += accepted.contains(c) ? QString(c) : replacement;
-    return out;
-}
 } // namespace
 
 AEIngest::AEIngest(const QString& path) {
@@ -66,7 +59,7 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
     const QString ext = info.suffix();
     const QString fileName = info.fileName();
     const QString base = ext.isEmpty() ? fileName : fileName.left(fileName.size() - ext.size() - 1);
-    const QString safe = acceptChars(base, kSafeChars, "_");
+    const QString safe = strUt_acceptChars(base, kSafeChars, "_");
     if (!fu_fileExists(originalFilePath)) {
         qxLog("NNN!!!");
         return std::nullopt;

@@ -92,3 +92,10 @@ TEST(StrUt, NumberTextIgnoresTheUsersLocale) {
     std::setlocale(LC_ALL, previousC.c_str());
     QLocale::setDefault(previousQt);
 }
+
+TEST(StrUt, AcceptCharsReplacesEachForeignCharacterOnce) {
+    const QString safe = "abc_-1";
+    EXPECT_EQ(strUt_acceptChars("a b-c", safe, "_"), "a_b-c");
+    EXPECT_EQ(strUt_acceptChars(QString::fromUtf8("bò\xF0\x9F\x8E\x99" "c"), safe, "_"), "b__c");
+    EXPECT_EQ(strUt_acceptChars("", safe, "_"), "");
+}
