@@ -1,5 +1,6 @@
 #include "project/model/AEIngest.h"
 
+#include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Hallard.h"
 #include "foundation/Interaction.h"
@@ -51,20 +52,26 @@ QString AEIngest::savePath(const QString& path) {
 
 QString AEIngest::loadPath(const QString& path) { return QString(path).replace(kWorkFolderToken, workFolder); }
 
-bool AEIngest::isIngested(const QString& ingestedName) { return fu_fileExists(ingestPath + ingestedName); }
+bool AEIngest::isIngested(const QString& ingestedName) {
+    return !ingestedName.isEmpty() && fu_fileExists(ingestPath + ingestedName);
+}
 
-std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
-    qxLog("AEIngest.ingest " + originalFilePath);
+QString AEIngest::ingestedName(const QString& originalFilePath, const QString& md5) {
     const QFileInfo info(originalFilePath);
     const QString ext = info.suffix();
     const QString fileName = info.fileName();
     const QString base = ext.isEmpty() ? fileName : fileName.left(fileName.size() - ext.size() - 1);
-    const QString safe = strUt_acceptChars(base, kSafeChars, "_");
+    return strUt_acceptChars(base, kSafeChars, "_") + "___" + md5.left(8) + "." + ext;
+}
+
+std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
+    qxLog("AEIngest.ingest " + originalFilePath);
     if (!fu_fileExists(originalFilePath)) {
         qxLog("NNN!!!");
         return std::nullopt;
     }
-    const QString suffix = "___" + hallard_fileMd5(originalFilePath).left(8) + "." + ext;
+    const QString name = ingestedName(originalFilePath, hallard_fileMd5(originalFilePath));
+    const QString suffix = name.mid(name.lastIndexOf("___"));
     qxLog("1");
     if (originalFilePath.contains(suffix)) {
         qxLog("2");
@@ -73,7 +80,19 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
             return originalFilePath;
         }
     }
-    const QString name = safe + suffix;
     fu_copyFile(originalFilePath, ingestPath + name); // a copy already there is fine
     return ingestPath + name;
+}
+
+void AEIngest::asyncIngest(const QString& originalFilePath,
+                           std::function<void(const QString&, const std::optional<QString>&)> callback) {
+    qxLog("AEIngest.asyncIngest");
+    if (originalFilePath.isEmpty())
+        return;
+    qxLog("asyncIngest (originalFilePath: " + originalFilePath + ")");
+    Queue::execute([originalFilePath, callback = std::move(callback)] {
+        const auto ingested = ingest(originalFilePath);
+        if (callback)
+            callback(originalFilePath, ingested);
+    });
 }

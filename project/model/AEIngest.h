@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class AEIngest {
@@ -23,7 +24,13 @@ public:
     static QString documentsFolder();
     static QString savePath(const QString& path);
     static QString loadPath(const QString& path);
+    // False for an empty name: the folder itself is no ingested file.
     static bool isIngested(const QString& ingestedName);
+    // The name a file with this content digest gets in the ingest folder.
+    static QString ingestedName(const QString& originalFilePath, const QString& md5);
     // Copies a file into the ingest folder as <safe name>___<8 hex>.<ext>; nothing when it is missing.
     static std::optional<QString> ingest(const QString& originalFilePath);
+    // ingest on a background queue; the callback runs there, with the original path and the result.
+    static void asyncIngest(const QString& originalFilePath,
+                            std::function<void(const QString&, const std::optional<QString>&)> callback);
 };
