@@ -1,6 +1,30 @@
+#include "app/windows/AppDelegate.h"
+#include "foundation/Interaction.h"
+#include "ui/AppStyle.h"
+#include "ui/IHImages.h"
+#include "ui/WidgetInteraction.h"
+
 #include <QApplication>
+#include <memory>
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    return 0;
+    QApplication::setApplicationName("Zendrel");
+    QApplication::setApplicationVersion(ZENDREL_VERSION);
+    QApplication::setWindowIcon(ih_icon("ZendrelAppIcon"));
+    applyAppStyle(app);
+
+    // Automated runs answer dialogs from a script (OK, "") and log them instead of waiting for a person.
+    if (qEnvironmentVariable("ZENDREL_HEADLESS_DIALOGS") == "1")
+        setUserInteraction(std::make_shared<ScriptedInteraction>());
+    else
+        setUserInteraction(std::make_shared<WidgetInteraction>());
+
+    const int status = [&app] {
+        auto delegate = std::make_shared<AppDelegate>();
+        delegate->applicationDidFinishLaunching();
+        return app.exec();
+    }();
+    setUserInteraction(nullptr);
+    return status;
 }
