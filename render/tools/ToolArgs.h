@@ -1,0 +1,82 @@
+#pragma once
+// The argument vectors handed to SoX and ffmpeg, one pure function per operation (the program path is
+// not part of the vector). Flag order and spelling are what the tools are known to accept; numbers are
+// printed with strUt_doublePrint, counts and rates as plain integers. Every file name goes through
+// toolFilePaths::forTool, so none can be taken for an option.
+
+#include "render/tools/BWEqBandSettings.h"
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <vector>
+
+namespace soxArgs {
+
+// The threshold form of the silence effect: 10^(0.05 dB) with "%" behind it. The ratio is not
+// scaled to a percentage, so -25 dB gives "0.05623413251903491%".
+QString silenceThreshold(double dB);
+
+// Format flags ([-b BITS] [-c N] [-r RATE]) stand before the output and apply to it alone.
+QStringList convert(const QString& src, const QString& dst, std::optional<int> frequency,
+                    std::optional<int> nChannels, std::optional<int> bitsPerSample, bool normalize);
+// The second number of trim is a length.
+QStringList trim(const QString& src, double inPoint, double outPoint, const QString& dst);
+// Without -b the null input makes 32-bit files. Defaults 44100 Hz, 2 channels, 1.0 s.
+QStringList generateSilence(const QString& dst, std::optional<int> frequency, std::optional<int> channels,
+                            std::optional<double> duration);
+QStringList pad(const QString& src, const QString& dst, double seconds);
+// Inputs must share rate and channel count. The fade effect is passed even with zero lengths.
+QStringList concatenate(const QStringList& srcs, const QString& dst, std::optional<int> frequency,
+                        std::optional<int> nChannels, std::optional<int> bitsPerSample, double fadeInSecs,
+                        double fadeOutSecs);
+// Gain makes up for -m scaling each of 2 to 5 inputs down; -c and -r come after the effects.
+QStringList mixdown(const QStringList& srcs, const QString& dst, bool removePauses, double length,
+                    double threshold, std::optional<int> nChannels, std::optional<int> frequency);
+// -l keeps the allowed silence at each cut.
+QStringList removePauses(const QString& src, const QString& dst, double length, double dBThreshold);
+// A span of the source with fades, written to tmp. Gain, when not 0, is bound to -40...20 dB.
+QStringList clusterShape(const QString& src, const QString& tmp, double startSec, double endSec,
+                         double fadeInSecs, double fadeOutSecs, bool normalize, double gain,
+                         std::optional<int> frequency, std::optional<int> nChannels,
+                         std::optional<int> bitsPerSample);
+// Leading silence only above 0.01 s; otherwise a plain copy.
+QStringList clusterPad(const QString& tmp, const QString& dst, double silenceDuration);
+QStringList bandPass(const QString& src, const QString& dst, double lowFreqCut, double hiFreqCut,
+                     bool isForSync);
+// Bands with frequency 0 are skipped; removeHum is the hum frequency, 0 for none.
+QStringList equalize(const QString& src, const QString& dst, const std::vector<BWEqBandSettings>& bands,
+                     double removeHum);
+QStringList compressor(const QString& src, const QString& dst, double ratio, double gain, double attack,
+                       double decay);
+QStringList eqComp(const QString& src, const QString& dst, double ratio, double gain, double attack,
+                   double decay, const std::vector<BWEqBandSettings>& bands, double removeHum);
+QStringList noiseProfile(const QString& src, const QString& profile);
+QStringList denoise(const QString& src, const QString& profile, const QString& dst, double amount);
+QStringList combineLRChannels(const QString& left, const QString& right, const QString& dst);
+QStringList joinChannels(const QStringList& srcs, const QString& dst);
+// Channels count from 1.
+QStringList extractChannel(const QString& src, const QString& dst, int channelN);
+QStringList gain(const QString& src, const QString& dst, double gain);
+// Printed on standard error.
+QStringList stats(const QString& src);
+// SoX numbers the pieces: dst "a.wav" gives a001.wav, a002.wav...
+QStringList splitAtSilence(const QString& src, const QString& dst, double silenceDuration);
+QStringList channelCount(const QString& src);
+
+} // namespace soxArgs
+
+namespace ffArgs {
+
+// Decodes to plain little-endian integer WAV without metadata (a 44-byte header up to 16 bits, stereo
+// and 48 kHz). bitsPerSample 8, 24 and 32 choose those depths, anything else 16.
+QStringList decodeToWav(const QString& src, const QString& dst, int nChannels, int bitsPerSample,
+                        std::optional<int> resampleTo);
+// AAC in an MP4 file; bitrate in bits per second.
+QStringList encodeAAC(const QString& src, const QString& dst, int bitrate);
+// No -y: an existing destination is left alone (the question it asks reads end of file).
+QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std::optional<int> channels);
+// The stream description (with a broadcast WAV's time_reference), printed on standard error.
+QStringList describe(const QString& path);
+
+} // namespace ffArgs
