@@ -1,0 +1,62 @@
+#pragma once
+// Reading sound files into plain float arrays, one channel at a time, in slices of kSliceFrames frames
+// so that the decoder's buffers stay small. Readers never throw: a file that cannot be opened gives an
+// empty array, a read error the part read before it. Stateless; any thread.
+
+#include <QString>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+class ProgressProtocol;
+class SndFile;
+
+class AUAudio {
+public:
+    static constexpr int64_t kSliceFrames = 0x100000;
+    static inline const QString kReadLabel = "Progressive Read into Buffer";
+    static inline const QString kSubsampleLabel = "Progressive Read into Buffer and Subsample";
+
+    // First channel, whole file, full scale ±1.0.
+    static std::vector<float> readFileIntoFloatArray(const QString& path,
+                                                     ProgressProtocol* delegate = nullptr);
+    // With subSampleBy above 1 the subsampled reading (block means), otherwise the whole channel.
+    static std::vector<float> readFileIntoFloatArrayByURL(const QString& path, int subSampleBy,
+                                                          ProgressProtocol* delegate = nullptr);
+    static std::vector<float> readFileIntoFloatArrayByURLAndSubsample(const QString& path, int subSampleBy,
+                                                                      bool subSampleByMax = false,
+                                                                      ProgressProtocol* delegate = nullptr);
+
+    // A channel the file does not have gives an empty array.
+    static std::vector<float> progressiveReadIntoBuffer(SndFile& file, int64_t sliceSize, int channel,
+                                                        ProgressProtocol* delegate = nullptr);
+    // Each slice on its own: magnitudes, then block maxima (subSampleByMax) or block means. The
+    // remainder of every slice is dropped, so the summary has a seam at each slice boundary.
+    static std::vector<float> progressiveReadIntoBufferAndSubsample(SndFile& file, int64_t sliceSize,
+                                                                    int subsampleBy, bool subSampleByMax,
+                                                                    int channel,
+                                                                    ProgressProtocol* delegate = nullptr);
+
+    // A run of frames as decoded: `frames` frames of `channels` interleaved values. The last piece of
+    // each slice says so.
+    struct Piece {
+        const float* interleaved;
+        int64_t frames;
+        int channels;
+        bool endsSlice;
+    };
+    using PieceVisitor = std::function<void(const Piece& piece)>;
+    using ChannelVisitor = std::function<void(std::span<const float> channelValues, bool endsSlice)>;
+
+    // The loop under every reader. The delegate hears `label` and the fraction done before each slice;
+    // within a slice the decoder is asked for kPieceFrames at a time, so the buffer stays in the CPU
+    // cache while the visitor works on it. Returns the frames read.
+    static int64_t readSlices(SndFile& file, int64_t sliceSize, const QString& label,
+                              ProgressProtocol* delegate, const PieceVisitor& visitor);
+    // The same, handing over the values of one channel.
+    static int64_t readChannelSlices(SndFile& file, int64_t sliceSize, int channel, const QString& label,
+                                     ProgressProtocol* delegate, const ChannelVisitor& visitor);
+
+    static constexpr int64_t kPieceFrames = 16384;
+};

@@ -1,0 +1,12 @@
+#pragma once
+// Runs the media prober on a file for its format and first audio stream as JSON. Blocks the caller;
+// any thread.
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+// The prober's arguments for `path`; "file:" keeps a name that starts with "-" from reading as an option.
+QStringList mediaProbeArguments(const QString& path);
+// The JSON text; empty when the prober is missing, fails or takes longer than a few seconds.
+QByteArray runMediaProbe(const QString& path);
