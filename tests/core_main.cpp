@@ -6,6 +6,7 @@
 int main(int argc, char** argv) {
     testenv::isolateUserFolders();
     QCoreApplication app(argc, argv);
+    testenv::useStoreWorkFolder();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

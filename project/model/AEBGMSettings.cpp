@@ -10,8 +10,7 @@ void AEBGMSettings::encode(KeyedArchiver& coder) const {
     (void)registered;
     coder.encodeBool("loopable", loopable);
     coder.encodeDouble("fadeOut", fadeOut);
-    if (autoduck)
-        coder.encodeBool("autoduck", *autoduck);
+    if (autoduck) coder.encodeBool("autoduck", *autoduck);
 }
 
 std::shared_ptr<AEBGMSettings> AEBGMSettings::decode(KeyedUnarchiver& coder) {

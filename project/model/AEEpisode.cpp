@@ -2,10 +2,13 @@
 
 #include "app/core/Slowder.h"
 #include "foundation/Hallard.h"
+#include "foundation/Log.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDB.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "project/model/Ingest.h"
 #include "timeline/model/AETimeLine.h"
 
 namespace {
@@ -13,18 +16,19 @@ const bool registered = registerArchiveClass(AEEpisode::kClassName, [](KeyedUnar
     return std::static_pointer_cast<KeyedObject>(AEEpisode::decode(coder));
 });
 
-bool isSameAsset(const std::shared_ptr<AEAsset>& a, const QString& id) { return a && a->id == id; }
+bool isSameAsset(const std::shared_ptr<AEAsset>& a, const QString& id) {
+    return a && a->id == id;
+}
 } // namespace
 
 AEEpisode::AEEpisode(const QString& episodeId, const QString& title, const QString& imagePath,
                      const QString& pathFolder)
     : episodeId(episodeId), id(hallard_getNewId()), title(title), imagePath(imagePath),
-      creationDate(QDateTime::currentDateTime()), modificationDate(creationDate), publicationDate(creationDate),
-      timeline(std::make_shared<AETimeLine>()) {
+      creationDate(QDateTime::currentDateTime()), modificationDate(creationDate),
+      publicationDate(creationDate), timeline(std::make_shared<AETimeLine>()) {
     (void)registered;
     timelineDataPath = pathFolder + id + ".AETimeLine";
-    if (!imagePath.isEmpty())
-        image = QImage(imagePath);
+    if (!imagePath.isEmpty()) image = QImage(imagePath);
 }
 
 void AEEpisode::encode(KeyedArchiver& coder) const {
@@ -75,8 +79,9 @@ std::shared_ptr<AEEpisode> AEEpisode::decode(KeyedUnarchiver& coder) {
     if (status && *status >= 0 && *status <= 2)
         episode->status = static_cast<AEEpisodeStatus>(*status);
     else
-        episode->status = episode->publicationDate <= QDateTime::currentDateTime() ? AEEpisodeStatus::published
-                                                                                  : AEEpisodeStatus::notReady;
+        episode->status = episode->publicationDate <= QDateTime::currentDateTime()
+                              ? AEEpisodeStatus::published
+                              : AEEpisodeStatus::notReady;
     episode->deleted = coder.decodeBool("deleted").value_or(false);
     episode->id = *id;
     episode->creationDate = *creationDate;
@@ -85,21 +90,17 @@ std::shared_ptr<AEEpisode> AEEpisode::decode(KeyedUnarchiver& coder) {
     episode->assetIDs = *assetIds;
     if (episode->duration == 0 && episode->timeline)
         episode->duration = episode->timeline->getTotalDuration();
-    if (slowder)
-        slowder->itemLoaded();
+    if (slowder) slowder->itemLoaded();
     return episode;
 }
 
 void AEEpisode::forceLoadEpisodeAsset(const std::shared_ptr<AEAsset>& asset) {
-    if (!asset || asset->type == AEAssetType::silence)
-        return;
+    if (!asset || asset->type == AEAssetType::silence) return;
     if (zendrelShow) {
         for (const auto& common : zendrelShow->commonAssets)
-            if (isSameAsset(common, asset->id))
-                return;
+            if (isSameAsset(common, asset->id)) return;
     }
-    if (assetInEpisode(asset->id))
-        return;
+    if (assetInEpisode(asset->id)) return;
     assets.push_back(asset);
     assetsLoaded = true;
 }
@@ -116,34 +117,57 @@ void AEEpisode::loadImage(const QString& path) {
     modified();
 }
 
-void AEEpisode::modified() { modificationDate = QDateTime::currentDateTime(); }
+void AEEpisode::modified() {
+    modificationDate = QDateTime::currentDateTime();
+}
 
 void AEEpisode::removeEpisodeAssets() {
     for (const auto& asset : assets)
         asset->removeIngestedFile();
 }
 
-void AEEpisode::appendAsset(std::vector<std::shared_ptr<AEAsset>>& list, const std::shared_ptr<AEAsset>& asset) {
-    if (!asset || asset->type == AEAssetType::silence)
-        return;
+void AEEpisode::appendAsset(std::vector<std::shared_ptr<AEAsset>>& list,
+                            const std::shared_ptr<AEAsset>& asset) {
+    if (!asset || asset->type == AEAssetType::silence) return;
     for (const auto& present : list)
-        if (isSameAsset(present, asset->id))
-            return;
+        if (isSameAsset(present, asset->id)) return;
     list.push_back(asset);
 }
 
-std::vector<std::shared_ptr<AEAsset>> AEEpisode::getAllAssets() const { return assets; }
+std::vector<std::shared_ptr<AEAsset>> AEEpisode::getAllAssets() const {
+    return assets;
+}
 
 bool AEEpisode::assetInEpisode(const QString& assetId) const {
     for (const auto& asset : assets)
-        if (isSameAsset(asset, assetId))
-            return true;
+        if (isSameAsset(asset, assetId)) return true;
     return false;
 }
 
 bool AEEpisode::assetInEpisodeByFilePath(const QString& filePath) const {
     for (const auto& asset : assets)
-        if (asset && asset->ingestedFilePath == filePath)
-            return true;
+        if (asset && asset->ingestedFilePath == filePath) return true;
     return false;
+}
+
+void AEEpisode::checkAssets() {
+    qxLog("checkAssets");
+    for (const auto& asset : getAllAssets()) {
+        if (asset->type == AEAssetType::silence) continue;
+        const bool wasThere = Ingest::ingested(asset->ingestedFilePath);
+        const auto result = Ingest::check(asset->originalFilePath, asset->ingestedFilePath);
+        if (!result.ingested) {
+            asset->present = false;
+            continue;
+        }
+        asset->originalFilePath = result.originalPath.value_or(asset->originalFilePath);
+        asset->ingestedFilePath = result.ingestedPath.value_or(asset->ingestedFilePath);
+        asset->ingested = true;
+        asset->present = true;
+        if (!wasThere) {
+            asset->regenerateSubsamples();
+            AEAssetDB::saveAsset(asset);
+            saveShow();
+        }
+    }
 }

@@ -10,7 +10,6 @@
 #include <QImage>
 #include <QString>
 #include <QStringList>
-
 #include <memory>
 #include <vector>
 
@@ -24,8 +23,8 @@ enum class AEEpisodeSortBy { episodeId, title, creationDate, modificationDate };
 class AEEpisode : public KeyedObject {
 public:
     // pathFolder: the folder of the timeline file.
-    explicit AEEpisode(const QString& episodeId, const QString& title = QString(), const QString& imagePath = QString(),
-                       const QString& pathFolder = QString());
+    explicit AEEpisode(const QString& episodeId, const QString& title = QString(),
+                       const QString& imagePath = QString(), const QString& pathFolder = QString());
 
     static constexpr const char* kClassName = "AEEpisode";
     QString archiveClassName() const override { return kClassName; }
@@ -59,8 +58,11 @@ public:
     void modified();
     void removeEpisodeAssets();
     // Adds the asset to the list unless it is a silence or its id is already there.
-    static void appendAsset(std::vector<std::shared_ptr<AEAsset>>& assets, const std::shared_ptr<AEAsset>& asset);
+    static void appendAsset(std::vector<std::shared_ptr<AEAsset>>& assets,
+                            const std::shared_ptr<AEAsset>& asset);
     std::vector<std::shared_ptr<AEAsset>> getAllAssets() const;
+    // Brings back lost copies (or asks for lost originals) of every asset of the episode; main thread.
+    void checkAssets();
     bool assetInEpisode(const QString& id) const;
     bool assetInEpisodeByFilePath(const QString& filePath) const;
 };

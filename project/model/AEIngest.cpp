@@ -25,8 +25,7 @@ AEIngest::AEIngest(const QString& path) {
 
 QString AEIngest::documentsFolder() {
     QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (documents.startsWith("file://"))
-        documents.remove(0, 7);
+    if (documents.startsWith("file://")) documents.remove(0, 7);
     while (documents.endsWith('/'))
         documents.chop(1);
     return documents;
@@ -36,7 +35,8 @@ QString AEIngest::getWorkFolder() {
     workFolder = prefs_getValueString("WorkingFolder", documentsFolder() + "/Zendrel/");
     qxLog("AEIngest.getWorkFolder " + workFolder);
     if (workFolder.isEmpty()) {
-        workFolder = fu_selectFolder("Choose Working Folder", "Choose Working Folder", workFolder) + "/Zendrel";
+        workFolder =
+            fu_selectFolder("Choose Working Folder", "Choose Working Folder", workFolder) + "/Zendrel";
         fu_createFolder(workFolder);
         workFolder += "/";
         prefs_setValueString("WorkingFolder", workFolder);
@@ -45,12 +45,13 @@ QString AEIngest::getWorkFolder() {
 }
 
 QString AEIngest::savePath(const QString& path) {
-    if (workFolder.isEmpty())
-        return path;
+    if (workFolder.isEmpty()) return path;
     return QString(path).replace(workFolder, kWorkFolderToken);
 }
 
-QString AEIngest::loadPath(const QString& path) { return QString(path).replace(kWorkFolderToken, workFolder); }
+QString AEIngest::loadPath(const QString& path) {
+    return QString(path).replace(kWorkFolderToken, workFolder);
+}
 
 bool AEIngest::isIngested(const QString& ingestedName) {
     return !ingestedName.isEmpty() && fu_fileExists(ingestPath + ingestedName);
@@ -87,12 +88,10 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
 void AEIngest::asyncIngest(const QString& originalFilePath,
                            std::function<void(const QString&, const std::optional<QString>&)> callback) {
     qxLog("AEIngest.asyncIngest");
-    if (originalFilePath.isEmpty())
-        return;
+    if (originalFilePath.isEmpty()) return;
     qxLog("asyncIngest (originalFilePath: " + originalFilePath + ")");
     Queue::execute([originalFilePath, callback = std::move(callback)] {
         const auto ingested = ingest(originalFilePath);
-        if (callback)
-            callback(originalFilePath, ingested);
+        if (callback) callback(originalFilePath, ingested);
     });
 }

@@ -4,7 +4,6 @@
 // goes into an archive passes savePath so that a working folder can move as a whole.
 
 #include <QString>
-
 #include <functional>
 #include <optional>
 

@@ -27,8 +27,7 @@ std::shared_ptr<AEMarker> AEMarker::decode(KeyedUnarchiver& coder) {
     const auto notes = coder.decodeString("notes");
     const auto id = coder.decodeString("id");
     const int64_t type = coder.decodeInt("type").value_or(0);
-    if (!notes || !id || type < 0 || type > 3)
-        return nullptr;
+    if (!notes || !id || type < 0 || type > 3) return nullptr;
     const double in = coder.decodeDouble("inTime").value_or(0);
     return std::make_shared<AEMarker>(in, coder.decodeDouble("outTime").value_or(in),
                                       static_cast<AEMarkerType>(type), *notes, *id);
@@ -38,7 +37,9 @@ std::shared_ptr<AEMarker> AEMarker::duplicate() const {
     return std::make_shared<AEMarker>(inTime, outTime, type, notes, id);
 }
 
-bool AEMarker::clicOnIt(double rangeIn, double rangeOut) const { return inTime >= rangeIn && inTime <= rangeOut; }
+bool AEMarker::clicOnIt(double rangeIn, double rangeOut) const {
+    return inTime >= rangeIn && inTime <= rangeOut;
+}
 
 QString AEMarker::markerImage(AEMarkerType type) {
     return type == AEMarkerType::chapter ? "Marker_Chapter" : "marker";

@@ -5,7 +5,6 @@
 #include "foundation/KeyedArchive.h"
 
 #include <QString>
-
 #include <memory>
 #include <optional>
 
@@ -13,8 +12,9 @@ enum class AEMarkerType { normal = 0, bgmStart = 1, uhm = 2, chapter = 3 };
 
 class AEMarker : public KeyedObject {
 public:
-    AEMarker(double inTime, std::optional<double> outTime = std::nullopt, AEMarkerType type = AEMarkerType::normal,
-             const QString& notes = QString(), const std::optional<QString>& id = std::nullopt);
+    AEMarker(double inTime, std::optional<double> outTime = std::nullopt,
+             AEMarkerType type = AEMarkerType::normal, const QString& notes = QString(),
+             const std::optional<QString>& id = std::nullopt);
 
     static constexpr const char* kClassName = "AEMarker";
     QString archiveClassName() const override { return kClassName; }

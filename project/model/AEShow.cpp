@@ -5,13 +5,13 @@
 #include "foundation/FileUtils.h"
 #include "foundation/Log.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDB.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
 #include "project/model/Globals.h"
 
 #include <QFileInfo>
 #include <QSet>
-
 #include <algorithm>
 #include <limits>
 
@@ -35,7 +35,9 @@ const QDateTime& dateFor(const AEEpisode& e, sortEpisodesBy by) {
 }
 } // namespace
 
-AEShow::AEShow(const QString& name) : name(name) { (void)registered; }
+AEShow::AEShow(const QString& name) : name(name) {
+    (void)registered;
+}
 
 void AEShow::encode(KeyedArchiver& coder) const {
     coder.encodeString("name", name);
@@ -57,8 +59,7 @@ std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
     const auto notes = coder.decodeString("notes");
     const auto episodes = coder.decodeObjectArray<AEEpisode>("episodes");
     const auto assetIds = coder.decodeStringArray("assetIds");
-    if (!name || !notes || !episodes || !assetIds)
-        return nullptr;
+    if (!name || !notes || !episodes || !assetIds) return nullptr;
 
     auto show = std::make_shared<AEShow>(*name);
     show->notes = *notes;
@@ -69,22 +70,19 @@ std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
     show->feed = coder.decodeString("feed").value_or("");
     // The ingested copy is read first but the cover always comes from the original file.
     show->imagePath = AEIngest::loadPath(coder.decodeString("ingestedImagePath").value_or(""));
-    if (!show->ingestedImagePath.isEmpty())
-        show->image = QImage(show->ingestedImagePath);
+    if (!show->ingestedImagePath.isEmpty()) show->image = QImage(show->ingestedImagePath);
     show->imagePath = AEIngest::loadPath(coder.decodeString("imagePath").value_or(""));
     if (!show->imagePath.isEmpty()) {
         show->image = QImage(show->imagePath);
         show->ingestedImagePath = AEIngest::ingest(show->imagePath).value_or("");
     }
-    if (const auto suffix = coder.decodeString("notesSuffix"))
-        show->notesSuffix = *suffix;
+    if (const auto suffix = coder.decodeString("notesSuffix")) show->notesSuffix = *suffix;
     return show;
 }
 
 std::shared_ptr<AEShow> AEShow::load(const QString& path) {
     auto show = fu_fileExists(path) ? KeyedUnarchiver::unarchive<AEShow>(path) : nullptr;
-    if (!show)
-        return std::make_shared<AEShow>("");
+    if (!show) return std::make_shared<AEShow>("");
     std::erase_if(show->episodes, [](const auto& e) { return e->deleted; });
     show->sortEpisodes();
     show->checkOrhpanAssets();
@@ -101,8 +99,7 @@ bool AEShow::save(const QString& path) const {
         KeyedArchiver::writeAtomically(data, path + ".bak");
     else
         qxLog("PROBLEMS!");
-    if (slowder)
-        slowder->saveItemsN(static_cast<int>(episodes.size() + commonAssets.size()));
+    if (slowder) slowder->saveItemsN(static_cast<int>(episodes.size() + commonAssets.size()));
     return written;
 }
 
@@ -114,8 +111,7 @@ double AEShow::getTotalDuration() const {
 }
 
 double AEShow::getAverageDuration() const {
-    if (episodes.empty())
-        return std::numeric_limits<double>::quiet_NaN();
+    if (episodes.empty()) return std::numeric_limits<double>::quiet_NaN();
     return getTotalDuration() / static_cast<double>(episodes.size());
 }
 

@@ -30,10 +30,8 @@ std::shared_ptr<AEShow> loadShow() {
 }
 
 void saveShow(bool /*autoSave*/) {
-    if (!zendrelShow)
-        return;
-    if (mainVC)
-        mainVC->stopTimer();
+    if (!zendrelShow) return;
+    if (mainVC) mainVC->stopTimer();
     zendrelShow->save(AEIngest::workFolder + "show.AEShow");
     if (mainVC) {
         mainVC->startTimer();

@@ -3,7 +3,6 @@
 // show through XMain); read from anywhere.
 
 #include <QString>
-
 #include <atomic>
 #include <memory>
 #include <optional>

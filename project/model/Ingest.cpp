@@ -7,19 +7,21 @@
 
 #include <QFileInfo>
 
-bool Ingest::ingested(const QString& ingestedPath) { return fu_fileExists(ingestedPath); }
+bool Ingest::ingested(const QString& ingestedPath) {
+    return fu_fileExists(ingestedPath);
+}
 
 std::optional<QString> Ingest::find(const QString& originalPath) {
     qxLog("Ingest.find (" + originalPath + ")");
     const QFileInfo info(originalPath);
-    const QString chosen = fu_selectFile("Find original path", "Find " + info.fileName(), {info.suffix()}, info.path());
-    if (chosen.isEmpty())
-        return std::nullopt;
+    const QString chosen =
+        fu_selectFile("Find original path", "Find " + info.fileName(), {info.suffix()}, info.path());
+    if (chosen.isEmpty()) return std::nullopt;
     return chosen;
 }
 
-IngestCheckResult Ingest::check(const QString& original, const QString& copy, bool forceIngest, bool forceOutgest,
-                                bool askIfMissing) {
+IngestCheckResult Ingest::check(const QString& original, const QString& copy, bool forceIngest,
+                                bool forceOutgest, bool askIfMissing) {
     qxLog("Ingest.check (" + original + ", " + copy + ")");
     IngestCheckResult result{original, copy, false};
     const bool originalThere = fu_fileExists(original);
@@ -29,8 +31,7 @@ IngestCheckResult Ingest::check(const QString& original, const QString& copy, bo
     } else if (!originalThere && copyThere) {
         if (forceOutgest) {
             fu_copyFile(copy, original);
-            if (!fu_fileExists(original))
-                result.originalPath.reset();
+            if (!fu_fileExists(original)) result.originalPath.reset();
         }
     } else if (originalThere && !copyThere) {
         if (forceIngest) {
@@ -45,8 +46,7 @@ IngestCheckResult Ingest::check(const QString& original, const QString& copy, bo
         }
     } else if (askIfMissing && (!original.isEmpty() || !copy.isEmpty())) {
         result.originalPath = find(original);
-        if (result.originalPath)
-            return check(*result.originalPath, copy, forceIngest, forceOutgest, false);
+        if (result.originalPath) return check(*result.originalPath, copy, forceIngest, forceOutgest, false);
     } else {
         result.originalPath.reset();
         result.ingestedPath.reset();

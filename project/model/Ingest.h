@@ -3,7 +3,6 @@
 // or ask the person where the original went.
 
 #include <QString>
-
 #include <optional>
 
 struct IngestCheckResult {
@@ -17,6 +16,7 @@ public:
     static bool ingested(const QString& ingestedPath);
     // Asks the person for the original; nothing when they cancel.
     static std::optional<QString> find(const QString& originalPath);
-    static IngestCheckResult check(const QString& originalPath, const QString& ingestedPath, bool forceIngest = true,
-                                   bool forceOutgest = false, bool askIfMissing = true);
+    static IngestCheckResult check(const QString& originalPath, const QString& ingestedPath,
+                                   bool forceIngest = true, bool forceOutgest = false,
+                                   bool askIfMissing = true);
 };

@@ -4,10 +4,9 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <csignal>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 namespace {
@@ -30,8 +29,7 @@ public:
     static std::shared_ptr<KeyedObject> decode(KeyedUnarchiver& c) {
         auto n = std::make_shared<Note>();
         const auto text = c.decodeString("text");
-        if (!text)
-            return nullptr;
+        if (!text) return nullptr;
         n->text = *text;
         n->count = c.decodeInt("count").value_or(-1);
         n->time = c.decodeDouble("time").value_or(-1);
@@ -128,11 +126,13 @@ TEST(KeyedArchive, DamagedOrForeignDataDecodesToNothing) {
     EXPECT_FALSE(decodeNote(""));
     EXPECT_FALSE(decodeNote(good.left(good.size() / 2)));
     EXPECT_FALSE(decodeNote("not json at all"));
-    EXPECT_FALSE(decodeNote(R"({"format":"zendrel-keyed-archive","root":0,"objects":[{"class":"Nope","keys":{}}]})"));
+    EXPECT_FALSE(
+        decodeNote(R"({"format":"zendrel-keyed-archive","root":0,"objects":[{"class":"Nope","keys":{}}]})"));
     EXPECT_FALSE(decodeNote(R"({"format":"zendrel-keyed-archive","root":5,"objects":[]})"));
     EXPECT_FALSE(decodeNote(R"([1,2,3])"));
     // The root of another class is not a Note.
-    EXPECT_FALSE(decodeNote(R"({"format":"zendrel-keyed-archive","root":0,"objects":[{"class":"TestNote","keys":{}}]})"));
+    EXPECT_FALSE(decodeNote(
+        R"({"format":"zendrel-keyed-archive","root":0,"objects":[{"class":"TestNote","keys":{}}]})"));
 }
 
 TEST(KeyedArchive, WriteThatFailsMidwayLeavesThePreviousFileReadable) {

@@ -1,9 +1,9 @@
 #include "foundation/Prefs.h"
+
 #include "support/TestEnvironment.h"
 
 #include <QFile>
 #include <gtest/gtest.h>
-
 #include <thread>
 #include <vector>
 

@@ -1,9 +1,11 @@
 #include "support/TestEnvironment.h"
 
+#include "project/model/AEAssetDB.h"
+#include "project/model/AEIngest.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QTemporaryDir>
-
 #include <cstdlib>
 
 namespace {
@@ -27,6 +29,18 @@ void isolateUserFolders() {
     QDir().mkpath(dir.path() + "/Documents");
 }
 
-QString home() { return homePath(); }
+QString home() {
+    return homePath();
+}
+
+QString storeWorkFolder() {
+    return homePath() + "/Store Work Folder/";
+}
+
+void useStoreWorkFolder() {
+    AEIngest::workFolder = storeWorkFolder();
+    AEIngest ingest(storeWorkFolder() + "AssetIngests");
+    AEAssetDB::ingestFolder(); // fixes the store's folder on first use
+}
 
 } // namespace testenv

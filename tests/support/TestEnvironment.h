@@ -9,4 +9,9 @@ namespace testenv {
 void isolateUserFolders();
 // The private home of this test process.
 QString home();
+// The working folder the asset store was fixed to when the process started (the store keeps its
+// first folder for the life of the process). Ends with "/".
+QString storeWorkFolder();
+// Points the ingest globals back at storeWorkFolder().
+void useStoreWorkFolder();
 } // namespace testenv

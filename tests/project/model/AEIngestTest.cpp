@@ -1,5 +1,6 @@
-#include "foundation/Hallard.h"
 #include "project/model/AEIngest.h"
+
+#include "foundation/Hallard.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,7 +19,8 @@ TEST(AEIngest, CopiesUnderASafeNameOnceAndRecognisesItsOwnCopies) {
 
     const auto copy = AEIngest::ingest(source);
     ASSERT_TRUE(copy);
-    const QString expected = AEIngest::ingestPath + "Intervista___2___" + hallard_fileMd5(source).left(8) + ".WAV";
+    const QString expected =
+        AEIngest::ingestPath + "Intervista___2___" + hallard_fileMd5(source).left(8) + ".WAV";
     EXPECT_EQ(*copy, expected);
     EXPECT_TRUE(QFile::exists(expected));
     EXPECT_EQ(AEIngest::ingest(*copy), *copy);

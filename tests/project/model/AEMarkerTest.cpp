@@ -1,5 +1,7 @@
 #include "project/model/AEMarker.h"
 
+#include "support/ArchiveEdit.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,17 +11,11 @@ namespace {
 // Archive a marker, let the caller damage its keys, decode it back.
 std::shared_ptr<AEMarker> roundTrip(const std::shared_ptr<AEMarker>& marker,
                                     const std::function<void(QJsonObject&)>& damage = {}) {
-    QJsonObject top = QJsonDocument::fromJson(KeyedArchiver::archivedData(marker)).object();
-    QJsonArray objects = top["objects"].toArray();
-    QJsonObject root = objects[0].toObject();
-    QJsonObject keys = root["keys"].toObject();
-    if (damage)
-        damage(keys);
-    root["keys"] = keys;
-    objects[0] = root;
-    top["objects"] = objects;
-    return std::dynamic_pointer_cast<AEMarker>(
-        KeyedUnarchiver::unarchiveObject(QJsonDocument(top).toJson(), "test"));
+    const QByteArray data =
+        testenv::editArchivedData(KeyedArchiver::archivedData(marker), "AEMarker", [&](QJsonObject& keys) {
+            if (damage) damage(keys);
+        });
+    return std::dynamic_pointer_cast<AEMarker>(KeyedUnarchiver::unarchiveObject(data, "test"));
 }
 } // namespace
 

@@ -1,10 +1,13 @@
+#include "project/model/AEShow.h"
+
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDB.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
-#include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "support/ArchiveEdit.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -13,9 +16,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
-
 #include <cmath>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -38,27 +40,12 @@ protected:
 
     // Rewrites one key of the first episode in the archive file (null removes it).
     void editEpisodeKey(const QString& key, const QJsonValue& value) {
-        QFile f(showPath());
-        ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-        QJsonObject top = QJsonDocument::fromJson(f.readAll()).object();
-        f.close();
-        QJsonArray objects = top["objects"].toArray();
-        for (int i = 0; i < objects.size(); ++i) {
-            QJsonObject o = objects[i].toObject();
-            if (o["class"].toString() != "AEEpisode")
-                continue;
-            QJsonObject keys = o["keys"].toObject();
+        ASSERT_TRUE(testenv::editArchiveFile(showPath(), "AEEpisode", [&](QJsonObject& keys) {
             if (value.isNull())
                 keys.remove(key);
             else
                 keys[key] = value;
-            o["keys"] = keys;
-            objects[i] = o;
-            break;
-        }
-        top["objects"] = objects;
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(QJsonDocument(top).toJson());
+        }));
     }
 
     QTemporaryDir dir;
@@ -115,21 +102,10 @@ TEST_F(ShowFolder, OptionalKeysMayBeAbsent) {
     AEShow show("S");
     show.episodes = {episode("E1", 1)};
     ASSERT_TRUE(show.save(showPath()));
-    QFile f(showPath());
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    QJsonObject top = QJsonDocument::fromJson(f.readAll()).object();
-    f.close();
-    QJsonArray objects = top["objects"].toArray();
-    QJsonObject root = objects[0].toObject();
-    QJsonObject keys = root["keys"].toObject();
-    for (const char* k : {"feed", "url", "notesSuffix", "ingestedImagePath", "imagePath"})
-        keys.remove(k);
-    root["keys"] = keys;
-    objects[0] = root;
-    top["objects"] = objects;
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(QJsonDocument(top).toJson());
-    f.close();
+    ASSERT_TRUE(testenv::editArchiveFile(showPath(), "AEShow", [](QJsonObject& keys) {
+        for (const char* k : {"feed", "url", "notesSuffix", "ingestedImagePath", "imagePath"})
+            keys.remove(k);
+    }));
     editEpisodeKey("url", QJsonValue::Null);
     editEpisodeKey("publicationDate", QJsonValue::Null);
 
@@ -145,8 +121,9 @@ TEST_F(ShowFolder, OptionalKeysMayBeAbsent) {
 }
 
 TEST_F(ShowFolder, DamagedShowFilesGiveAnEmptyShow) {
-    const QList<QByteArray> bad = {"", "{\"format\":\"zendrel-keyed-arch", "<xml/>",
-                                   R"({"format":"zendrel-keyed-archive","root":0,"objects":[{"class":"AEEpisode","keys":{}}]})"};
+    const QList<QByteArray> bad = {
+        "", "{\"format\":\"zendrel-keyed-arch", "<xml/>",
+        R"({"format":"zendrel-keyed-archive","root":0,"objects":[{"class":"AEEpisode","keys":{}}]})"};
     for (const auto& content : bad) {
         QFile f(showPath());
         ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
@@ -180,7 +157,8 @@ TEST_F(ShowFolder, UnknownStatusFollowsThePublicationDateAndBadChannelsMeanStere
         editEpisodeKey("nChannels", QJsonObject{{"int", 5}});
         const auto back = AEShow::load(showPath());
         ASSERT_EQ(back->episodes.size(), 1u);
-        EXPECT_EQ(back->episodes[0]->status, daysAgo > 0 ? AEEpisodeStatus::published : AEEpisodeStatus::notReady);
+        EXPECT_EQ(back->episodes[0]->status,
+                  daysAgo > 0 ? AEEpisodeStatus::published : AEEpisodeStatus::notReady);
         EXPECT_EQ(back->episodes[0]->nChannels, AENChannels::stereo);
     }
 }

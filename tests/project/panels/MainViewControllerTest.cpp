@@ -127,7 +127,11 @@ TEST_F(MainViewControllerTest, RemoveWithOkDeletesMediaAndSavesWithoutTheEpisode
     QFile file(media);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.close();
-    auto asset = std::make_shared<AEAsset>("asset-of-b");
+    AEAsset::Args args;
+    args.filePath = media;
+    args.ingest = false;
+    args.generateSubsamples = false;
+    auto asset = AEAsset::make(args);
     asset->ingestedFilePath = media;
     b->assets = {asset};
     b->assetsLoaded = true;

@@ -1,0 +1,17 @@
+#pragma once
+// What a drop of files onto an episode or onto the common list does once the person has said how:
+// the answers are remembered, each file becomes a new speech asset, and the show is saved.
+// Main thread.
+
+#include <QStringList>
+#include <memory>
+#include <vector>
+
+class AEAsset;
+class AEEpisode;
+
+std::vector<std::shared_ptr<AEAsset>> AEAssetIngestDone(const std::shared_ptr<AEEpisode>& episode,
+                                                        const QStringList& paths, bool brightwash,
+                                                        bool normalize, bool dontAsk);
+// The same for the show's common assets.
+std::vector<std::shared_ptr<AEAsset>> ingestCommonAssets(const QStringList& paths);
