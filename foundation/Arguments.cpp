@@ -9,11 +9,12 @@ QStringList& override() {
 }
 } // namespace
 
-void setArgsForTesting(const QStringList& args) { override() = args; }
+void setArgsForTesting(const QStringList& args) {
+    override() = args;
+}
 
 QStringList getArgs() {
-    if (!override().isEmpty())
-        return override();
+    if (!override().isEmpty()) return override();
     return QCoreApplication::instance() ? QCoreApplication::arguments() : QStringList{};
 }
 
@@ -25,8 +26,7 @@ QString getArgument(int i) {
 QString getArgumentValueOffset(const QString& label, const QString& def, int offset) {
     const QStringList args = getArgs();
     const auto at = args.indexOf(label);
-    if (at < 0)
-        return def;
+    if (at < 0) return def;
     const auto wanted = at + offset;
     return wanted >= 0 && wanted < args.size() ? args.at(wanted) : def;
 }
@@ -47,4 +47,6 @@ int getArgumentInt(const QString& label, int def) {
     return ok ? value : def;
 }
 
-bool isArgumentPresent(const QString& label) { return getArgs().contains(label); }
+bool isArgumentPresent(const QString& label) {
+    return getArgs().contains(label);
+}

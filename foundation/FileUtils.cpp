@@ -7,11 +7,12 @@
 #include <QFile>
 #include <QFileInfo>
 
-bool fu_fileExists(const QString& path) { return !path.isEmpty() && QFileInfo::exists(path); }
+bool fu_fileExists(const QString& path) {
+    return !path.isEmpty() && QFileInfo::exists(path);
+}
 
 bool fu_createFolder(const QString& path) {
-    if (QDir().mkpath(path))
-        return true;
+    if (QDir().mkpath(path)) return true;
     qxLog("fu_createFolder: cannot create " + path);
     return false;
 }
@@ -29,15 +30,20 @@ bool fu_copyFile(const QString& from, const QString& to) {
     return true;
 }
 
-bool fu_deleteFile(const QString& path) { return QFile::remove(path); }
+bool fu_deleteFile(const QString& path) {
+    return QFile::remove(path);
+}
 
-bool fu_deleteFolder(const QString& path) { return QDir(path).removeRecursively(); }
+bool fu_deleteFolder(const QString& path) {
+    return QDir(path).removeRecursively();
+}
 
-int64_t fu_getFileSize(const QString& path) { return QFileInfo(path).size(); }
+int64_t fu_getFileSize(const QString& path) {
+    return QFileInfo(path).size();
+}
 
 QString fu_getReadableFileSizeBySize(int64_t bytes) {
-    if (bytes < 1024)
-        return QString::number(bytes) + " bytes";
+    if (bytes < 1024) return QString::number(bytes) + " bytes";
     const char* units[] = {"KB", "MB", "GB", "TB"};
     double value = static_cast<double>(bytes);
     int unit = -1;

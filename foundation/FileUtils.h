@@ -3,7 +3,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <cstdint>
 
 bool fu_fileExists(const QString& path);

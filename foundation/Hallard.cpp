@@ -11,7 +11,8 @@ const char* const kSalt = "zNdRl";
 }
 
 QString hallard_getNewId(const QString& prefix) {
-    const QString appName = QCoreApplication::instance() ? QCoreApplication::applicationFilePath() : "zendrel";
+    const QString appName =
+        QCoreApplication::instance() ? QCoreApplication::applicationFilePath() : "zendrel";
     const QString seed = QDateTime::currentDateTime().toString("y-MM-dd H:m:ss.zzz") + appName +
                          QString::number(QRandomGenerator::global()->bounded(12345678)) + kSalt + prefix;
     return hallard_md5(seed);
@@ -23,10 +24,8 @@ QString hallard_md5(const QString& text) {
 
 QString hallard_fileMd5(const QString& path) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QString();
+    if (!file.open(QIODevice::ReadOnly)) return QString();
     QCryptographicHash hash(QCryptographicHash::Md5);
-    if (!hash.addData(&file))
-        return QString();
+    if (!hash.addData(&file)) return QString();
     return QString::fromLatin1(hash.result().toHex());
 }

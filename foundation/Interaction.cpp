@@ -30,7 +30,8 @@ bool ScriptedInteraction::confirm(const QString& title, const QString& text) {
     return answer;
 }
 
-QString ScriptedInteraction::selectFolder(const QString& title, const QString& message, const QString& startPath) {
+QString ScriptedInteraction::selectFolder(const QString& title, const QString& message,
+                                          const QString& startPath) {
     QString answer;
     {
         std::lock_guard lock(mutex_);
@@ -43,8 +44,8 @@ QString ScriptedInteraction::selectFolder(const QString& title, const QString& m
     return answer;
 }
 
-QString ScriptedInteraction::selectFile(const QString& title, const QString& message, const QStringList& extensions,
-                                        const QString& startPath) {
+QString ScriptedInteraction::selectFile(const QString& title, const QString& message,
+                                        const QStringList& extensions, const QString& startPath) {
     QString answer;
     {
         std::lock_guard lock(mutex_);
@@ -53,8 +54,8 @@ QString ScriptedInteraction::selectFile(const QString& title, const QString& mes
             paths_.pop_front();
         }
     }
-    note("selectFile: " + title + " | " + message + " | " + extensions.join(",") + " | " + startPath + " -> " +
-         answer);
+    note("selectFile: " + title + " | " + message + " | " + extensions.join(",") + " | " + startPath +
+         " -> " + answer);
     return answer;
 }
 
@@ -62,7 +63,9 @@ void ScriptedInteraction::showPleaseWait(const QString& title, const QString& te
     note("pleaseWait: " + title + " | " + text);
 }
 
-void ScriptedInteraction::hidePleaseWait() { note("pleaseWait: hidden"); }
+void ScriptedInteraction::hidePleaseWait() {
+    note("pleaseWait: hidden");
+}
 
 void ScriptedInteraction::showProgress(const QString& title, const QString& item) {
     note("progress: " + title + " | " + item);
@@ -73,7 +76,9 @@ void ScriptedInteraction::updateProgress(const QString& item, const QString& det
     transcript_.push_back("progress update: " + item + " | " + detail);
 }
 
-void ScriptedInteraction::hideProgress() { note("progress: hidden"); }
+void ScriptedInteraction::hideProgress() {
+    note("progress: hidden");
+}
 
 void ScriptedInteraction::queueConfirm(bool answer) {
     std::lock_guard lock(mutex_);
@@ -97,16 +102,21 @@ void setUserInteraction(std::shared_ptr<UserInteraction> door) {
 
 std::shared_ptr<UserInteraction> userInteraction() {
     std::lock_guard lock(doorMutex);
-    if (!currentDoor)
-        currentDoor = std::make_shared<ScriptedInteraction>();
+    if (!currentDoor) currentDoor = std::make_shared<ScriptedInteraction>();
     return currentDoor;
 }
 
-void ih_alertOk(const QString& title, const QString& text) { userInteraction()->alert(title, text); }
+void ih_alertOk(const QString& title, const QString& text) {
+    userInteraction()->alert(title, text);
+}
 
-bool ih_alertOkCancel(const QString& title, const QString& text) { return userInteraction()->confirm(title, text); }
+bool ih_alertOkCancel(const QString& title, const QString& text) {
+    return userInteraction()->confirm(title, text);
+}
 
-void Warning(const QString& title, const QString& text) { userInteraction()->alert(title, text); }
+void Warning(const QString& title, const QString& text) {
+    userInteraction()->alert(title, text);
+}
 
 QString fu_selectFolder(const QString& title, const QString& message, const QString& startPath) {
     return userInteraction()->selectFolder(title, message, startPath);

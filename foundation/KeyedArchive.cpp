@@ -6,7 +6,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QSaveFile>
-
 #include <cmath>
 #include <unistd.h>
 
@@ -22,23 +21,17 @@ std::map<QString, KeyedDecoder>& registry() {
 
 // JSON has no NaN or infinity: those travel as text.
 QJsonValue numberValue(double value) {
-    if (std::isnan(value))
-        return QStringLiteral("nan");
-    if (std::isinf(value))
-        return value > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
+    if (std::isnan(value)) return QStringLiteral("nan");
+    if (std::isinf(value)) return value > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
     return value;
 }
 
 std::optional<double> numberFrom(const QJsonValue& value) {
-    if (value.isDouble())
-        return value.toDouble();
+    if (value.isDouble()) return value.toDouble();
     const QString text = value.toString();
-    if (text == "nan")
-        return std::nan("");
-    if (text == "inf")
-        return INFINITY;
-    if (text == "-inf")
-        return -INFINITY;
+    if (text == "nan") return std::nan("");
+    if (text == "inf") return INFINITY;
+    if (text == "-inf") return -INFINITY;
     return std::nullopt;
 }
 
@@ -78,7 +71,9 @@ void KeyedArchiver::encodeFloat(const QString& key, float value) {
     setValue(key, QJsonObject{{"float", numberValue(value)}});
 }
 
-void KeyedArchiver::encodeBool(const QString& key, bool value) { setValue(key, QJsonObject{{"bool", value}}); }
+void KeyedArchiver::encodeBool(const QString& key, bool value) {
+    setValue(key, QJsonObject{{"bool", value}});
+}
 
 void KeyedArchiver::encodeDate(const QString& key, const QDateTime& value) {
     setValue(key, QJsonObject{{"date", value.toUTC().toString(Qt::ISODateWithMs)}});
@@ -100,13 +95,11 @@ void KeyedArchiver::encodeFloatArray(const QString& key, const std::vector<float
 }
 
 void KeyedArchiver::encodeObject(const QString& key, const std::shared_ptr<const KeyedObject>& object) {
-    if (object)
-        setValue(key, referenceTo(object));
+    if (object) setValue(key, referenceTo(object));
 }
 
 QJsonObject KeyedArchiver::referenceTo(const std::shared_ptr<const KeyedObject>& object) {
-    if (!object)
-        return QJsonObject{{"null", true}};
+    if (!object) return QJsonObject{{"null", true}};
     if (auto found = indexOf_.find(object.get()); found != indexOf_.end())
         return QJsonObject{{"object", found->second}};
     const int index = static_cast<int>(objects_.size());
@@ -155,27 +148,25 @@ bool KeyedArchiver::writeAtomically(const QByteArray& data, const QString& path)
 
 std::optional<QJsonValue> KeyedUnarchiver::tagged(const QString& key, const char* kind) const {
     const QJsonValue entry = keys_.value(key);
-    if (!entry.isObject())
-        return std::nullopt;
+    if (!entry.isObject()) return std::nullopt;
     const QJsonObject object = entry.toObject();
-    if (!object.contains(kind))
-        return std::nullopt;
+    if (!object.contains(kind)) return std::nullopt;
     return object.value(kind);
 }
 
-bool KeyedUnarchiver::containsKey(const QString& key) const { return keys_.contains(key); }
+bool KeyedUnarchiver::containsKey(const QString& key) const {
+    return keys_.contains(key);
+}
 
 std::optional<QString> KeyedUnarchiver::decodeString(const QString& key) const {
     const auto v = tagged(key, "string");
-    if (!v || !v->isString())
-        return std::nullopt;
+    if (!v || !v->isString()) return std::nullopt;
     return v->toString();
 }
 
 std::optional<int64_t> KeyedUnarchiver::decodeInt(const QString& key) const {
     const auto v = tagged(key, "int");
-    if (!v || !v->isDouble())
-        return std::nullopt;
+    if (!v || !v->isDouble()) return std::nullopt;
     return v->toInteger();
 }
 
@@ -192,38 +183,32 @@ std::optional<float> KeyedUnarchiver::decodeFloat(const QString& key) const {
 
 std::optional<bool> KeyedUnarchiver::decodeBool(const QString& key) const {
     const auto v = tagged(key, "bool");
-    if (!v || !v->isBool())
-        return std::nullopt;
+    if (!v || !v->isBool()) return std::nullopt;
     return v->toBool();
 }
 
 std::optional<QDateTime> KeyedUnarchiver::decodeDate(const QString& key) const {
     const auto v = tagged(key, "date");
-    if (!v || !v->isString())
-        return std::nullopt;
+    if (!v || !v->isString()) return std::nullopt;
     QDateTime date = QDateTime::fromString(v->toString(), Qt::ISODateWithMs);
-    if (!date.isValid())
-        return std::nullopt;
+    if (!date.isValid()) return std::nullopt;
     return date.toLocalTime();
 }
 
 std::optional<QJsonArray> KeyedUnarchiver::arrayAt(const QString& key) const {
     const auto v = tagged(key, "array");
-    if (!v || !v->isArray())
-        return std::nullopt;
+    if (!v || !v->isArray()) return std::nullopt;
     return v->toArray();
 }
 
 std::optional<QStringList> KeyedUnarchiver::decodeStringArray(const QString& key) const {
     const auto items = arrayAt(key);
-    if (!items)
-        return std::nullopt;
+    if (!items) return std::nullopt;
     QStringList out;
     out.reserve(items->size());
     for (const auto& item : *items) {
         const QJsonValue text = item.toObject().value("string");
-        if (!text.isString())
-            return std::nullopt;
+        if (!text.isString()) return std::nullopt;
         out.append(text.toString());
     }
     return out;
@@ -231,13 +216,11 @@ std::optional<QStringList> KeyedUnarchiver::decodeStringArray(const QString& key
 
 namespace {
 template <class T> std::optional<std::vector<T>> numbersFrom(const std::optional<QJsonValue>& v) {
-    if (!v || !v->isArray())
-        return std::nullopt;
+    if (!v || !v->isArray()) return std::nullopt;
     std::vector<T> out;
     for (const auto& item : v->toArray()) {
         const auto number = numberFrom(item);
-        if (!number)
-            return std::nullopt;
+        if (!number) return std::nullopt;
         out.push_back(static_cast<T>(*number));
     }
     return out;
@@ -259,30 +242,24 @@ std::shared_ptr<KeyedObject> KeyedUnarchiver::decodeAnyObject(const QString& key
 
 std::shared_ptr<KeyedObject> KeyedUnarchiver::objectFromReference(const QJsonValue& ref) {
     const QJsonValue index = ref.toObject().value("object");
-    if (!index.isDouble())
-        return nullptr;
+    if (!index.isDouble()) return nullptr;
     return objectAt(index.toInt(-1));
 }
 
 std::shared_ptr<KeyedObject> KeyedUnarchiver::objectAt(int index) {
-    if (index < 0 || index >= table_.size())
-        return nullptr;
-    if (auto found = decoded_.find(index); found != decoded_.end())
-        return found->second;
-    if (inProgress_.count(index))
-        return nullptr; // a cycle: the outer decode owns this object
+    if (index < 0 || index >= table_.size()) return nullptr;
+    if (auto found = decoded_.find(index); found != decoded_.end()) return found->second;
+    if (inProgress_.count(index)) return nullptr; // a cycle: the outer decode owns this object
     const QJsonObject entry = table_.at(index).toObject();
     const auto decoder = registry().find(entry.value("class").toString());
-    if (decoder == registry().end())
-        return nullptr;
+    if (decoder == registry().end()) return nullptr;
     inProgress_.insert(index);
     const QJsonObject outer = keys_;
     keys_ = entry.value("keys").toObject();
     auto object = decoder->second(*this);
     keys_ = outer;
     inProgress_.erase(index);
-    if (object)
-        decoded_[index] = object;
+    if (object) decoded_[index] = object;
     return object;
 }
 
@@ -298,8 +275,7 @@ std::shared_ptr<KeyedObject> KeyedUnarchiver::unarchiveObject(const QByteArray& 
     KeyedUnarchiver coder;
     coder.table_ = top.value("objects").toArray();
     auto root = coder.objectAt(top.value("root").toInt(-1));
-    if (!root)
-        qxLog("KeyedUnarchiver: no root object in " + origin);
+    if (!root) qxLog("KeyedUnarchiver: no root object in " + origin);
     return root;
 }
 

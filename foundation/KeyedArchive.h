@@ -14,7 +14,6 @@
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
-
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -50,7 +49,8 @@ public:
     void encodeFloatArray(const QString& key, const std::vector<float>& values);
     // A null object leaves the key absent.
     void encodeObject(const QString& key, const std::shared_ptr<const KeyedObject>& object);
-    template <class T> void encodeObjectArray(const QString& key, const std::vector<std::shared_ptr<T>>& objects) {
+    template <class T>
+    void encodeObjectArray(const QString& key, const std::vector<std::shared_ptr<T>>& objects) {
         QJsonArray refs;
         for (const auto& o : objects)
             refs.append(referenceTo(o));
@@ -94,14 +94,12 @@ public:
     // Nothing when the key is absent, not an array, or any element fails to decode as a T.
     template <class T> std::optional<std::vector<std::shared_ptr<T>>> decodeObjectArray(const QString& key) {
         const auto refs = arrayAt(key);
-        if (!refs)
-            return std::nullopt;
+        if (!refs) return std::nullopt;
         std::vector<std::shared_ptr<T>> out;
         out.reserve(static_cast<size_t>(refs->size()));
         for (const auto& ref : *refs) {
             auto object = std::dynamic_pointer_cast<T>(objectFromReference(ref));
-            if (!object)
-                return std::nullopt;
+            if (!object) return std::nullopt;
             out.push_back(std::move(object));
         }
         return out;

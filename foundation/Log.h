@@ -2,7 +2,6 @@
 // Plain log lines to standard output. Tests may add a sink to read what was logged.
 
 #include <QString>
-
 #include <functional>
 
 void qxLog(const QString& line);

@@ -9,7 +9,6 @@
 #include <QJsonObject>
 #include <QSaveFile>
 #include <QStandardPaths>
-
 #include <mutex>
 #include <optional>
 
@@ -28,7 +27,8 @@ Store& store() {
 }
 
 QString locatePrefs() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/zendrel/preferences.json";
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           "/zendrel/preferences.json";
 }
 
 QJsonObject& loaded(Store& s) {
@@ -57,16 +57,14 @@ void persist(Store& s) {
         return;
     }
     file.write(QJsonDocument(*s.values).toJson(QJsonDocument::Indented));
-    if (!file.commit())
-        qxLog("prefs: cannot save " + s.path);
+    if (!file.commit()) qxLog("prefs: cannot save " + s.path);
 }
 
 std::optional<QJsonValue> read(const QString& key, const char* kind) {
     Store& s = store();
     std::lock_guard lock(s.mutex);
     const QJsonObject entry = loaded(s).value(key).toObject();
-    if (!entry.contains(kind))
-        return std::nullopt;
+    if (!entry.contains(kind)) return std::nullopt;
     return entry.value(kind);
 }
 
@@ -86,8 +84,7 @@ QString prefs_getValueString(const QString& key, const QString& defaultValue) {
 
 QDateTime prefs_getValueDate(const QString& key, const QDateTime& defaultValue) {
     const auto v = read(key, "date");
-    if (!v || !v->isString())
-        return defaultValue;
+    if (!v || !v->isString()) return defaultValue;
     const QDateTime date = QDateTime::fromString(v->toString(), Qt::ISODateWithMs);
     return date.isValid() ? date.toLocalTime() : defaultValue;
 }
@@ -113,30 +110,34 @@ QVariant prefs_getValueAny(const QString& key, const QVariant& defaultValue) {
         std::lock_guard lock(s.mutex);
         entry = loaded(s).value(key).toObject();
     }
-    if (entry.contains("string"))
-        return entry.value("string").toString();
-    if (entry.contains("int"))
-        return QVariant::fromValue<qint64>(entry.value("int").toInteger());
-    if (entry.contains("double"))
-        return entry.value("double").toDouble();
+    if (entry.contains("string")) return entry.value("string").toString();
+    if (entry.contains("int")) return QVariant::fromValue<qint64>(entry.value("int").toInteger());
+    if (entry.contains("double")) return entry.value("double").toDouble();
     if (entry.contains("date"))
         return QDateTime::fromString(entry.value("date").toString(), Qt::ISODateWithMs).toLocalTime();
-    if (entry.contains("strings"))
-        return entry.value("strings").toVariant().toStringList();
+    if (entry.contains("strings")) return entry.value("strings").toVariant().toStringList();
     return defaultValue;
 }
 
-void prefs_setValueString(const QString& key, const QString& value) { write(key, "string", value); }
+void prefs_setValueString(const QString& key, const QString& value) {
+    write(key, "string", value);
+}
 
 void prefs_setValueDate(const QString& key, const QDateTime& value) {
     write(key, "date", value.toUTC().toString(Qt::ISODateWithMs));
 }
 
-void prefs_setValueInt(const QString& key, int64_t value) { write(key, "int", static_cast<qint64>(value)); }
+void prefs_setValueInt(const QString& key, int64_t value) {
+    write(key, "int", static_cast<qint64>(value));
+}
 
-void prefs_setValueBool(const QString& key, bool value) { prefs_setValueInt(key, value ? 1 : 0); }
+void prefs_setValueBool(const QString& key, bool value) {
+    prefs_setValueInt(key, value ? 1 : 0);
+}
 
-void prefs_setValueDouble(const QString& key, double value) { write(key, "double", value); }
+void prefs_setValueDouble(const QString& key, double value) {
+    write(key, "double", value);
+}
 
 void prefs_setValueAny(const QString& key, const QVariant& value) {
     switch (value.metaType().id()) {
@@ -171,7 +172,9 @@ void prefs_removeKey(const QString& key) {
     persist(s);
 }
 
-QString prefs_filePath() { return locatePrefs(); }
+QString prefs_filePath() {
+    return locatePrefs();
+}
 
 void prefs_reload() {
     Store& s = store();

@@ -7,7 +7,6 @@
 #include <QDateTime>
 #include <QString>
 #include <QVariant>
-
 #include <cstdint>
 
 QVariant prefs_getValueAny(const QString& key, const QVariant& defaultValue);

@@ -1,7 +1,6 @@
 #include "foundation/StrUt.h"
 
 #include <QList>
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
