@@ -6,13 +6,15 @@
 #include "project/model/AEAsset.h"
 #include "project/model/AEIngest.h"
 
+#include <QHash>
+
 #include <mutex>
 
 namespace {
 
 struct Store {
     std::recursive_mutex mutex; // loading may decode, which may reach the store again
-    std::vector<std::shared_ptr<AEAsset>> assets;
+    QHash<QString, std::shared_ptr<AEAsset>> assets;
     std::optional<QString> ingestFolder;
 };
 
@@ -21,11 +23,7 @@ Store& store() {
     return s;
 }
 
-std::shared_ptr<AEAsset> findLocked(Store& s, const QString& id) {
-    for (const auto& asset : s.assets)
-        if (asset->id == id) return asset;
-    return nullptr;
-}
+std::shared_ptr<AEAsset> findLocked(Store& s, const QString& id) { return s.assets.value(id); }
 
 } // namespace
 
@@ -49,22 +47,22 @@ void AEAssetDB::saveAsset(const std::shared_ptr<AEAsset>& asset) {
     KeyedArchiver::archiveRootObject(asset, getPath(*asset));
     Store& s = store();
     std::lock_guard lock(s.mutex);
-    for (auto& present : s.assets) {
-        if (present->id == asset->id) {
-            present = asset;
-            return;
-        }
-    }
-    s.assets.push_back(asset);
+    s.assets.insert(asset->id, asset);
 }
 
 void AEAssetDB::checkAsset(const std::shared_ptr<AEAsset>& asset) {
-    if (!asset->ingestedFilePath.isEmpty()) return;
-    Queue::execute([asset] {
-        XMain::execute([asset] {
-            asset->forceIngest();
-            saveAsset(asset);
-        });
+    if (!asset->ingestedFilePath.isEmpty() || asset->originalFilePath.isEmpty())
+        return;
+    // The copy is made in the background; the record changes on the main thread, without waiting.
+    const QString original = asset->originalFilePath;
+    Queue::execute([asset, original] {
+        const QString copy = AEIngest::ingest(original).value_or("");
+        XMain::execute(
+            [asset, copy] {
+                asset->ingestedFilePath = copy;
+                saveAsset(asset);
+            },
+            true);
     });
 }
 
@@ -82,7 +80,7 @@ std::shared_ptr<AEAsset> AEAssetDB::loadAsset(const QString& assetId) {
         std::lock_guard lock(s.mutex);
         if (auto known = findLocked(s, assetId)) // another thread got there first
             return known;
-        s.assets.push_back(asset);
+        s.assets.insert(assetId, asset);
         return asset;
     }
     if (auto asset = KeyedUnarchiver::unarchive<AEAsset>(zendrelFolder() + assetId + ".aeasset")) {
@@ -91,7 +89,7 @@ std::shared_ptr<AEAsset> AEAssetDB::loadAsset(const QString& assetId) {
         checkAsset(asset);
         std::lock_guard lock(s.mutex);
         if (auto known = findLocked(s, assetId)) return known;
-        s.assets.push_back(asset);
+        s.assets.insert(assetId, asset);
         return asset;
     }
     Warning("Warning", "Asset " + assetId + " unavailable");
@@ -104,5 +102,5 @@ std::shared_ptr<AEAsset> AEAssetDB::loadAsset(const QString& assetId) {
 std::vector<std::shared_ptr<AEAsset>> AEAssetDB::db() {
     Store& s = store();
     std::lock_guard lock(s.mutex);
-    return s.assets;
+    return {s.assets.cbegin(), s.assets.cend()};
 }
