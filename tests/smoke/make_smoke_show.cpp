@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     AEIngest ingest(folder + "AssetIngests");
 
     const QDateTime now = QDateTime::currentDateTime();
-    struct Spec {
+    struct Fixture {
         const char* code;
         const char* title;
         int createdDaysAgo;
@@ -33,19 +33,19 @@ int main(int argc, char** argv) {
         double duration;
     };
     // Newest publication first: E03 (planned), E02, E01.
-    const Spec specs[] = {
+    const Fixture rows[] = {
         {"E01", "The first one", 1, -30, AEEpisodeStatus::published, 1834.0},
         {"E02", "Second thoughts", 40, -3, AEEpisodeStatus::published, 2410.5},
         {"E03", "Coming soon", 20, 7, AEEpisodeStatus::ready, 0.0},
     };
     AEShow show("Smoke Show");
-    for (const Spec& spec : specs) {
-        auto episode = std::make_shared<AEEpisode>(spec.code, spec.title, "", folder);
-        episode->creationDate = now.addDays(-spec.createdDaysAgo);
+    for (const Fixture& row : rows) {
+        auto episode = std::make_shared<AEEpisode>(row.code, row.title, "", folder);
+        episode->creationDate = now.addDays(-row.createdDaysAgo);
         episode->modificationDate = episode->creationDate;
-        episode->publicationDate = now.addDays(spec.publishedInDays);
-        episode->status = spec.status;
-        episode->duration = spec.duration;
+        episode->publicationDate = now.addDays(row.publishedInDays);
+        episode->status = row.status;
+        episode->duration = row.duration;
         show.episodes.push_back(episode);
     }
     if (!show.save(folder + "show.AEShow")) {

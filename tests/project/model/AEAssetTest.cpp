@@ -244,3 +244,17 @@ TEST_F(AssetFolder, CheckAssetsMakesALostCopyAgain) {
     episode->checkAssets(); // both gone, the person cancels the search
     EXPECT_FALSE(asset->present);
 }
+
+TEST_F(AssetFolder, ACopyDeletedWhileTheProgramWasClosedIsMadeAgainOnLoad) {
+    auto asset = dropped(tone("reload.wav"));
+    ASSERT_TRUE(ingestedSoon(asset));
+    const QString copy = asset->ingestedFilePath;
+    // The record as a later run finds it: under an id this process has not loaded yet.
+    asset->id = "00112233445566778899aabbccddeeff";
+    ASSERT_TRUE(KeyedArchiver::archiveRootObject(asset, AEAssetDB::getPath(*asset)));
+    QFile::remove(copy);
+    const auto reloaded = AEAssetDB::loadAsset(asset->id);
+    ASSERT_NE(reloaded, asset);
+    EXPECT_TRUE(testenv::waitUntil([&] { return reloaded->ingested && QFile::exists(copy); }, 10000));
+    EXPECT_EQ(reloaded->ingestedFilePath, copy);
+}
