@@ -52,6 +52,9 @@ void AEEpisode::encode(KeyedArchiver& coder) const {
     coder.encodeStringArray("assetIds", assetsLoaded ? ids : assetIDs);
     const double total = duration == 0 && timeline ? timeline->getTotalDuration() : duration;
     coder.encodeDouble("duration", total);
+    // Saving the show keeps each loaded asset's record up to date with it.
+    for (const auto& asset : assets)
+        AEAssetDB::saveAsset(asset);
 }
 
 std::shared_ptr<AEEpisode> AEEpisode::decode(KeyedUnarchiver& coder) {

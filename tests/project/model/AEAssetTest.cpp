@@ -258,3 +258,16 @@ TEST_F(AssetFolder, ACopyDeletedWhileTheProgramWasClosedIsMadeAgainOnLoad) {
     EXPECT_TRUE(testenv::waitUntil([&] { return reloaded->ingested && QFile::exists(copy); }, 10000));
     EXPECT_EQ(reloaded->ingestedFilePath, copy);
 }
+
+TEST_F(AssetFolder, SavingTheShowRewritesTheRecordsOfLoadedEpisodeAssets) {
+    auto asset = dropped(tone("resaved.wav"));
+    ASSERT_TRUE(ingestedSoon(asset));
+    QFile::remove(AEAssetDB::getPath(*asset));
+    AEShow show("S");
+    auto episode = std::make_shared<AEEpisode>("E", "t", "", folder);
+    AEEpisode::appendAsset(episode->assets, asset);
+    episode->assetsLoaded = true;
+    show.episodes = {episode};
+    ASSERT_TRUE(show.save(folder + "show.AEShow"));
+    EXPECT_TRUE(QFile::exists(AEAssetDB::getPath(*asset)));
+}
