@@ -35,6 +35,12 @@ public:
 // A decoder returns nullptr when required keys are missing or of another kind.
 using KeyedDecoder = std::function<std::shared_ptr<KeyedObject>(KeyedUnarchiver&)>;
 bool registerArchiveClass(const QString& className, KeyedDecoder decoder);
+// For a record with a kClassName and a static decode(KeyedUnarchiver&).
+template <class T> bool registerArchiveClass() {
+    return registerArchiveClass(T::kClassName, [](KeyedUnarchiver& coder) {
+        return std::static_pointer_cast<KeyedObject>(T::decode(coder));
+    });
+}
 
 class KeyedArchiver {
 public:

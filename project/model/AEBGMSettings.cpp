@@ -1,9 +1,7 @@
 #include "project/model/AEBGMSettings.h"
 
 namespace {
-const bool registered = registerArchiveClass(AEBGMSettings::kClassName, [](KeyedUnarchiver& coder) {
-    return std::static_pointer_cast<KeyedObject>(AEBGMSettings::decode(coder));
-});
+const bool registered = registerArchiveClass<AEBGMSettings>();
 } // namespace
 
 void AEBGMSettings::encode(KeyedArchiver& coder) const {

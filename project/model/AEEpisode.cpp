@@ -12,9 +12,7 @@
 #include "timeline/model/AETimeLine.h"
 
 namespace {
-const bool registered = registerArchiveClass(AEEpisode::kClassName, [](KeyedUnarchiver& coder) {
-    return std::static_pointer_cast<KeyedObject>(AEEpisode::decode(coder));
-});
+const bool registered = registerArchiveClass<AEEpisode>();
 
 bool isSameAsset(const std::shared_ptr<AEAsset>& a, const QString& id) {
     return a && a->id == id;

@@ -3,9 +3,7 @@
 #include "foundation/Hallard.h"
 
 namespace {
-const bool registered = registerArchiveClass(AEMarker::kClassName, [](KeyedUnarchiver& coder) {
-    return std::static_pointer_cast<KeyedObject>(AEMarker::decode(coder));
-});
+const bool registered = registerArchiveClass<AEMarker>();
 } // namespace
 
 AEMarker::AEMarker(double inTime, std::optional<double> outTime, AEMarkerType type, const QString& notes,

@@ -18,9 +18,7 @@
 std::vector<std::shared_ptr<AEAsset>> AEShow::totalAssetList;
 
 namespace {
-const bool registered = registerArchiveClass(AEShow::kClassName, [](KeyedUnarchiver& coder) {
-    return std::static_pointer_cast<KeyedObject>(AEShow::decode(coder));
-});
+const bool registered = registerArchiveClass<AEShow>();
 
 const QDateTime& dateFor(const AEEpisode& e, sortEpisodesBy by) {
     switch (by) {

@@ -19,9 +19,7 @@ const float AESubsamples::kAverageThreshold = static_cast<float>(std::pow(10.0, 
 
 namespace {
 
-const bool registered = registerArchiveClass(AESubsamples::kClassName, [](KeyedUnarchiver& coder) {
-    return std::static_pointer_cast<KeyedObject>(AESubsamples::decode(coder));
-});
+const bool registered = registerArchiveClass<AESubsamples>();
 
 float valueAt(const std::vector<float>& values, double time, double perSecond, bool isLoop) {
     if (values.empty()) return 0.0f;
