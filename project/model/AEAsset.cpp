@@ -23,9 +23,7 @@
 
 namespace {
 
-const bool registered = registerArchiveClass(AEAsset::kClassName, [](KeyedUnarchiver& coder) {
-    return std::static_pointer_cast<KeyedObject>(AEAsset::decode(coder));
-});
+const bool registered = registerArchiveClass<AEAsset>();
 
 constexpr double kSilenceDuration = 123456789.0;
 const QString kSilenceId = "AESilence";
@@ -82,7 +80,7 @@ std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
                 asset->ingested = true;
                 asset->performSubasmples();
             } else {
-                asset->startIngest();
+                asset->startIngest(asset->id);
             }
         }
     }
@@ -94,14 +92,16 @@ std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     return asset;
 }
 
-void AEAsset::startIngest() {
+void AEAsset::startIngest(const QString& knownMd5) {
     std::weak_ptr<AEAsset> weak = shared_from_this();
-    AEIngest::asyncIngest(originalFilePath,
-                          [weak](const QString& original, const std::optional<QString>& copy) {
-                              onMain([weak, original, copy] {
-                                  if (auto self = weak.lock()) self->ingestCallback(original, copy);
-                              });
-                          });
+    AEIngest::asyncIngest(
+        originalFilePath,
+        [weak](const QString& original, const std::optional<QString>& copy) {
+            onMain([weak, original, copy] {
+                if (auto self = weak.lock()) self->ingestCallback(original, copy);
+            });
+        },
+        knownMd5);
 }
 
 void AEAsset::ingestCallback(const QString& /*originalPath*/, const std::optional<QString>& ingestedPath) {

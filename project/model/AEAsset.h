@@ -106,6 +106,7 @@ public:
 
 private:
     AEAsset() = default;
-    void startIngest();
+    // knownMd5: the original's digest when it was just taken, so the copy need not read it again.
+    void startIngest(const QString& knownMd5 = QString());
     void createDucking();
 };

@@ -7,7 +7,6 @@
 #include "project/model/AEIngest.h"
 
 #include <QHash>
-
 #include <mutex>
 
 namespace {
@@ -23,7 +22,9 @@ Store& store() {
     return s;
 }
 
-std::shared_ptr<AEAsset> findLocked(Store& s, const QString& id) { return s.assets.value(id); }
+std::shared_ptr<AEAsset> findLocked(Store& s, const QString& id) {
+    return s.assets.value(id);
+}
 
 } // namespace
 
@@ -51,8 +52,7 @@ void AEAssetDB::saveAsset(const std::shared_ptr<AEAsset>& asset) {
 }
 
 void AEAssetDB::checkAsset(const std::shared_ptr<AEAsset>& asset) {
-    if (!asset->ingestedFilePath.isEmpty() || asset->originalFilePath.isEmpty())
-        return;
+    if (!asset->ingestedFilePath.isEmpty() || asset->originalFilePath.isEmpty()) return;
     // The copy is made in the background; the record changes on the main thread, without waiting.
     const QString original = asset->originalFilePath;
     Queue::execute([asset, original] {

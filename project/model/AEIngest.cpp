@@ -65,13 +65,14 @@ QString AEIngest::ingestedName(const QString& originalFilePath, const QString& m
     return strUt_acceptChars(base, kSafeChars, "_") + "___" + md5.left(8) + "." + ext;
 }
 
-std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
+std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const QString& knownMd5) {
     qxLog("AEIngest.ingest " + originalFilePath);
     if (!fu_fileExists(originalFilePath)) {
         qxLog("NNN!!!");
         return std::nullopt;
     }
-    const QString name = ingestedName(originalFilePath, hallard_fileMd5(originalFilePath));
+    const QString name =
+        ingestedName(originalFilePath, knownMd5.isEmpty() ? hallard_fileMd5(originalFilePath) : knownMd5);
     const QString suffix = name.mid(name.lastIndexOf("___"));
     qxLog("1");
     if (originalFilePath.contains(suffix)) {
@@ -86,12 +87,13 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath) {
 }
 
 void AEIngest::asyncIngest(const QString& originalFilePath,
-                           std::function<void(const QString&, const std::optional<QString>&)> callback) {
+                           std::function<void(const QString&, const std::optional<QString>&)> callback,
+                           const QString& knownMd5) {
     qxLog("AEIngest.asyncIngest");
     if (originalFilePath.isEmpty()) return;
     qxLog("asyncIngest (originalFilePath: " + originalFilePath + ")");
-    Queue::execute([originalFilePath, callback = std::move(callback)] {
-        const auto ingested = ingest(originalFilePath);
+    Queue::execute([originalFilePath, knownMd5, callback = std::move(callback)] {
+        const auto ingested = ingest(originalFilePath, knownMd5);
         if (callback) callback(originalFilePath, ingested);
     });
 }

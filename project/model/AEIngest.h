@@ -28,8 +28,11 @@ public:
     // The name a file with this content digest gets in the ingest folder.
     static QString ingestedName(const QString& originalFilePath, const QString& md5);
     // Copies a file into the ingest folder as <safe name>___<8 hex>.<ext>; nothing when it is missing.
-    static std::optional<QString> ingest(const QString& originalFilePath);
+    // knownMd5, when given, is the file's digest already taken, which spares a second full read.
+    static std::optional<QString> ingest(const QString& originalFilePath,
+                                         const QString& knownMd5 = QString());
     // ingest on a background queue; the callback runs there, with the original path and the result.
     static void asyncIngest(const QString& originalFilePath,
-                            std::function<void(const QString&, const std::optional<QString>&)> callback);
+                            std::function<void(const QString&, const std::optional<QString>&)> callback,
+                            const QString& knownMd5 = QString());
 };
