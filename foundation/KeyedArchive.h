@@ -111,6 +111,18 @@ public:
         return out;
     }
 
+    // Nothing when the key is absent or not an array; elements that fail to decode are left out.
+    template <class T>
+    std::optional<std::vector<std::shared_ptr<T>>> decodeObjectArraySkippingFailures(const QString& key) {
+        const auto refs = arrayAt(key);
+        if (!refs) return std::nullopt;
+        std::vector<std::shared_ptr<T>> out;
+        out.reserve(static_cast<size_t>(refs->size()));
+        for (const auto& ref : *refs)
+            if (auto object = std::dynamic_pointer_cast<T>(objectFromReference(ref))) out.push_back(std::move(object));
+        return out;
+    }
+
     static std::shared_ptr<KeyedObject> unarchiveObject(const QByteArray& data, const QString& origin);
     static std::shared_ptr<KeyedObject> unarchiveObject(const QString& path);
     template <class T> static std::shared_ptr<T> unarchive(const QString& path) {

@@ -92,6 +92,13 @@ std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     return asset;
 }
 
+std::shared_ptr<AEAsset> AEAsset::makePlaceholder() {
+    std::shared_ptr<AEAsset> asset(new AEAsset());
+    asset->subsamples = std::make_shared<AESubsamples>();
+    asset->bgmSettings = std::make_shared<AEBGMSettings>();
+    return asset;
+}
+
 void AEAsset::startIngest(const QString& knownMd5) {
     std::weak_ptr<AEAsset> weak = shared_from_this();
     AEIngest::asyncIngest(

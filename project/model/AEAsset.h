@@ -46,6 +46,8 @@ public:
     };
     // Builds the record and starts what it needs: ingest, summary, the store for a new asset.
     static std::shared_ptr<AEAsset> make(const Args& args);
+    // Default fields and nothing started: stands for an asset that cannot be found.
+    static std::shared_ptr<AEAsset> makePlaceholder();
 
     static constexpr const char* kClassName = "AEAsset";
     QString archiveClassName() const override { return kClassName; }

@@ -1,6 +1,7 @@
 #include "project/model/AEEpisode.h"
 
 #include "app/core/Slowder.h"
+#include "foundation/Execution.h"
 #include "foundation/Hallard.h"
 #include "foundation/Log.h"
 #include "project/model/AEAsset.h"
@@ -10,6 +11,7 @@
 #include "project/model/Globals.h"
 #include "project/model/Ingest.h"
 #include "timeline/model/AETimeLine.h"
+#include "timeline/model/AETimeLineItem.h"
 
 namespace {
 const bool registered = registerArchiveClass<AEEpisode>();
@@ -23,7 +25,7 @@ AEEpisode::AEEpisode(const QString& episodeId, const QString& title, const QStri
                      const QString& pathFolder)
     : episodeId(episodeId), id(hallard_getNewId()), title(title), imagePath(imagePath),
       creationDate(QDateTime::currentDateTime()), modificationDate(creationDate),
-      publicationDate(creationDate), timeline(std::make_shared<AETimeLine>()) {
+      publicationDate(creationDate), timeline(AETimeLine::make(id)) {
     (void)registered;
     timelineDataPath = pathFolder + id + ".AETimeLine";
     if (!imagePath.isEmpty()) image = QImage(imagePath);
@@ -48,7 +50,7 @@ void AEEpisode::encode(KeyedArchiver& coder) const {
         ids.append(asset->id);
     // An episode that was never opened keeps the ids it was read with.
     coder.encodeStringArray("assetIds", assetsLoaded ? ids : assetIDs);
-    const double total = duration == 0 && timeline ? timeline->getTotalDuration() : duration;
+    const double total = duration == 0 && timeline ? timeline->getTimelineOutTime() : duration;
     coder.encodeDouble("duration", total);
     // Saving the show keeps each loaded asset's record up to date with it.
     for (const auto& asset : assets)
@@ -90,7 +92,7 @@ std::shared_ptr<AEEpisode> AEEpisode::decode(KeyedUnarchiver& coder) {
     episode->timelineDataPath = AEIngest::loadPath(*timelineDataPath);
     episode->assetIDs = *assetIds;
     if (episode->duration == 0 && episode->timeline)
-        episode->duration = episode->timeline->getTotalDuration();
+        episode->duration = episode->timeline->getTimelineOutTime();
     if (slowder) slowder->itemLoaded();
     return episode;
 }
@@ -136,7 +138,53 @@ void AEEpisode::appendAsset(std::vector<std::shared_ptr<AEAsset>>& list,
 }
 
 std::vector<std::shared_ptr<AEAsset>> AEEpisode::getAllAssets() const {
-    return assets;
+    auto all = assets;
+    if (timeline) {
+        for (const auto& item : timeline->attachedItems)
+            appendAsset(all, item->asset);
+        for (const auto& item : timeline->mainLane)
+            appendAsset(all, item->asset);
+    }
+    return all;
+}
+
+void AEEpisode::loadTimelineAssets() {
+    if (!timeline) return;
+    for (const auto& item : timeline->mainLane)
+        forceLoadEpisodeAsset(item->asset);
+}
+
+void AEEpisode::loadTimeline() {
+    auto loaded = AETimeLine::load(timelineDataPath);
+    timeline = loaded ? loaded : AETimeLine::make(id);
+}
+
+void AEEpisode::loadTimelineAsync(std::function<void()> callback) {
+    const QString path = timelineDataPath;
+    const QString fallbackId = id;
+    std::weak_ptr<AEEpisode> weak = weak_from_this();
+    Queue::execute([weak, path, fallbackId, callback] {
+        auto loaded = AETimeLine::load(path);
+        XMain::execute(
+            [weak, loaded, fallbackId, callback] {
+                if (auto self = weak.lock()) self->timeline = loaded ? loaded : AETimeLine::make(fallbackId);
+                if (callback) callback();
+            },
+            true);
+    });
+}
+
+void AEEpisode::saveTimeline() const {
+    if (timeline) timeline->save(timelineDataPath);
+}
+
+bool AEEpisode::assetInTimeline(const std::shared_ptr<AEAsset>& asset) {
+    if (!timeline) return false;
+    for (const auto& item : timeline->getCollectedItems()) {
+        if (item->asset->type == AEAssetType::silence) continue;
+        if (item->asset->id == asset->id) return true;
+    }
+    return false;
 }
 
 bool AEEpisode::assetInEpisode(const QString& assetId) const {

@@ -10,6 +10,7 @@
 #include <QImage>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,7 +21,7 @@ enum class AENChannels { mono = 1, stereo = 2 };
 enum class AEEpisodeStatus { notReady = 0, ready = 1, published = 2 };
 enum class AEEpisodeSortBy { episodeId, title, creationDate, modificationDate };
 
-class AEEpisode : public KeyedObject {
+class AEEpisode : public KeyedObject, public std::enable_shared_from_this<AEEpisode> {
 public:
     // pathFolder: the folder of the timeline file.
     explicit AEEpisode(const QString& episodeId, const QString& title = QString(),
@@ -53,9 +54,17 @@ public:
     bool deleted = false;
 
     void forceLoadEpisodeAsset(const std::shared_ptr<AEAsset>& asset);
+    void loadTimelineAssets();
     void forceLoadAssets();
     void loadImage(const QString& path);
     void modified();
+    // Reads the timeline file off the main thread; the timeline is put in place, and `callback`
+    // runs, on the main thread.
+    void loadTimelineAsync(std::function<void()> callback);
+    // Reads the timeline file; an unreadable one gives a new empty timeline.
+    void loadTimeline();
+    void saveTimeline() const;
+    bool assetInTimeline(const std::shared_ptr<AEAsset>& asset);
     void removeEpisodeAssets();
     // Adds the asset to the list unless it is a silence or its id is already there.
     static void appendAsset(std::vector<std::shared_ptr<AEAsset>>& assets,

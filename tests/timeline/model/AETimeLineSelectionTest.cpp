@@ -1,0 +1,227 @@
+#include "TimelineFixture.h"
+#include "foundation/Log.h"
+#include "timeline/model/AEKeyframe.h"
+#include "timeline/model/AEKeyframeView.h"
+#include "timeline/model/Undo.h"
+
+using namespace tlfixture;
+
+namespace {
+
+std::vector<double> lengths(const AETimeLine& tl) {
+    std::vector<double> out;
+    for (const auto& item : tl.mainLane)
+        out.push_back(item->range.duration());
+    return out;
+}
+
+std::vector<QString> names(const AETimeLine& tl) {
+    std::vector<QString> out;
+    for (const auto& item : tl.mainLane)
+        out.push_back(item->asset->name);
+    return out;
+}
+
+// A timeline whose snapshots go to `queue`, as the window wires it.
+struct Edited {
+    Undo queue;
+    std::shared_ptr<AETimeLine> tl = timeline();
+    Edited() {
+        tl->undoDoCallback = [this] { queue.addStatus(tl->getStatus()); };
+    }
+    void undo() { tl = undoTimeline(tl, queue); }
+};
+
+} // namespace
+
+TEST(AETimeLineSelection, DeletingARangeAcrossClipsJoinsWhatIsLeft) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10, 10, 10});
+    tl->setPlayheadTime(15);
+    tl->drag->setRange(AETimeRange(5, 25));
+    tl->deleteSelection();
+    EXPECT_EQ(names(*tl), (std::vector<QString>{"c0", "c2", "c3"}));
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 5, 10}));
+    EXPECT_TRUE(tl->mainLane[1]->range.isEqual(AETimeRange(5, 10))) << "the tail of the third clip";
+    EXPECT_EQ(tl->currentPHTime, 5.0) << "a playhead inside the stretch goes to its start";
+    EXPECT_FALSE(tl->drag->active);
+    expectInvariants(*tl);
+}
+
+TEST(AETimeLineSelection, ARangeEndingOnACutDoesNotCutTheNextClip) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10, 10});
+    tl->drag->setRange(AETimeRange(5, 20));
+    tl->deleteSelection();
+    EXPECT_EQ(names(*tl), (std::vector<QString>{"c0", "c2"}));
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 10}));
+}
+
+TEST(AETimeLineSelection, ExactlyOneClipGoesWholeEvenWhenDeactivated) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10, 10});
+    tl->drag->setRange(AETimeRange(10, 20));
+    tl->deactivateSelection();
+    EXPECT_EQ(names(*tl), (std::vector<QString>{"c0", "c2"}));
+    EXPECT_TRUE(tl->drag->active) << "this branch leaves the range active";
+
+    tl->drag->setRange(AETimeRange(5, 15));
+    tl->deactivateSelection();
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 5, 5, 5}));
+    EXPECT_TRUE(AETimeLine::itemActive(tl->mainLane[0]));
+    EXPECT_FALSE(AETimeLine::itemActive(tl->mainLane[1]));
+    EXPECT_FALSE(AETimeLine::itemActive(tl->mainLane[2]));
+    EXPECT_TRUE(AETimeLine::itemActive(tl->mainLane[3]));
+    expectInvariants(*tl);
+}
+
+TEST(AETimeLineSelection, RangesAreLimitedToTheMainLane) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10});
+    tl->attachItem(asset("fx", 30, AEAssetType::effect), 1, 5, std::nullopt, false, false);
+    tl->drag->setRange(AETimeRange(25, 40));
+    tl->deleteSelection();
+    EXPECT_EQ(tl->mainLane.size(), 2u) << "a range starting past the main lane does nothing";
+
+    tl->drag->setRange(AETimeRange(15, 40));
+    tl->deleteSelection();
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{10, 5}));
+    expectInvariants(*tl);
+}
+
+TEST(AETimeLineSelection, AttachedRangesCutOutOfTheItemUnderTheirStart) {
+    auto tl = timeline();
+    fillMainLane(*tl, {60});
+    const auto fx = tl->attachItem(asset("fx", 20, AEAssetType::effect), 1, 10, std::nullopt, false, false);
+    tl->drag->setRange(AETimeRange(5, 15), fx->lane);
+    tl->deleteSelection();
+    EXPECT_EQ(tl->attachedItems.size(), 1u) << "a range starting in a gap removes nothing";
+
+    tl->drag->setRange(AETimeRange(14, 18), fx->lane);
+    tl->deleteSelection();
+    ASSERT_EQ(tl->attachedItems.size(), 2u);
+    EXPECT_TRUE(fx->range.isEqual(AETimeRange(0, 4)));
+    EXPECT_EQ(tl->attachedItems[1]->inTime, 18.0) << "nothing ripples on an attached lane";
+    EXPECT_EQ(tl->mainLane.size(), 1u);
+    expectInvariants(*tl);
+}
+
+TEST(AETimeLineSelection, ASelectedKeyframeBeatsTheRange) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10});
+    auto item = tl->mainLane[0];
+    item->volumeKFs->setKeyframe(2.0, -6.0);
+    item->volumeKFs->setKeyframe(4.0, -3.0);
+    item->volumeKFs->keyframes[0]->selected = true;
+    tl->draggingVolumeItem = item;
+    tl->draggingVolumeKF = item->volumeKFs->keyframes[0];
+    tl->drag->setRange(AETimeRange(0, 20));
+    tl->deleteSelection();
+    EXPECT_EQ(tl->mainLane.size(), 2u);
+    ASSERT_EQ(item->volumeKFs->keyframes.size(), 1u);
+    EXPECT_EQ(item->volumeKFs->keyframes[0]->time, 4.0);
+    EXPECT_FALSE(tl->draggingVolumeKF);
+}
+
+TEST(AETimeLineSelection, ItemSelectionIsSingleAndDrivesTheRange) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10});
+    const auto fx = tl->attachItem(asset("fx", 5, AEAssetType::effect), 1, 3, std::nullopt, false, false);
+    EXPECT_EQ(tl->selectItemInMainLane(12), 1);
+    EXPECT_TRUE(tl->drag->getRange().isEqual(AETimeRange(10, 20)));
+    tl->selectAttachedItem(4, fx->lane);
+    EXPECT_TRUE(fx->selected);
+    EXPECT_FALSE(tl->mainLane[1]->selected);
+    EXPECT_EQ(tl->drag->lane, fx->lane);
+
+    tl->toggleActivateSelectedItem();
+    EXPECT_FALSE(AETimeLine::itemActive(fx));
+    tl->removeSelectedItem();
+    EXPECT_TRUE(tl->attachedItems.empty());
+    tl->selectItemInMainLane(1);
+    tl->removeSelectedItem();
+    EXPECT_EQ(names(*tl), (std::vector<QString>{"c1"}));
+}
+
+TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
+    auto tl = timeline();
+    fillMainLane(*tl, {10, 10, 10});
+    tl->mainLane[1]->volumeKFs->setKeyframe(5.0, -6.0);
+    tl->mainLane[1]->addMarker(5.0, std::nullopt, "m", AEMarkerType::normal);
+    tl->attachItem(asset("fx", 5, AEAssetType::effect), 1, 22, std::nullopt, false, false);
+    tl->drag->setRange(AETimeRange(5, 25));
+    tl->copySelection();
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{10, 10, 10})) << "the temporary cuts are joined again";
+    ASSERT_EQ(tl->clipboardLane.size(), 3u);
+    EXPECT_TRUE(tl->clipboardLane[0]->range.isEqual(AETimeRange(5, 10)));
+    EXPECT_TRUE(tl->clipboardLane[2]->range.isEqual(AETimeRange(0, 5)));
+    EXPECT_EQ(tl->clipboardLane[1]->inTime, 5.0);
+    EXPECT_EQ(tl->clipboardLane[2]->inTime, 15.0);
+
+    tl->paste(15); // inside the middle clip: it is cut
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{10, 5, 5, 10, 5, 5, 10}));
+    EXPECT_TRUE(tl->mainLane[2]->volumeKFs->keyframes.empty());
+    EXPECT_TRUE(tl->mainLane[2]->markers.empty());
+    EXPECT_NE(tl->mainLane[2]->id, tl->clipboardLane[0]->id);
+    ASSERT_EQ(tl->attachedItems.size(), 1u);
+    EXPECT_EQ(tl->attachedItems[0]->inTime, 22.0) << "a paste leaves attached items where they were";
+
+    tl->paste(tl->getMainLaneOutTime());
+    EXPECT_EQ(tl->mainLane.size(), 10u);
+    EXPECT_EQ(tl->mainLane.back()->asset->name, "c2");
+    expectInvariants(*tl);
+}
+
+TEST(AETimeLineSelection, CutTakesTwoSnapshotsAndUndoRestoresTheEarlierTimeline) {
+    Edited e;
+    fillMainLane(*e.tl, {10, 10, 10});
+    const QString before = documentForm(*e.tl);
+    e.tl->drag->setRange(AETimeRange(5, 15));
+    e.tl->cut();
+    EXPECT_EQ(lengths(*e.tl), (std::vector<double>{5, 5, 10}));
+    EXPECT_EQ(e.queue.queue.size(), 2u);
+    EXPECT_FALSE(e.tl->drag->active);
+
+    const auto edited = e.tl;
+    e.undo();
+    EXPECT_NE(e.tl, edited);
+    EXPECT_EQ(documentForm(*e.tl), before);
+    e.undo();
+    EXPECT_EQ(documentForm(*e.tl), before) << "the second undo shows no change";
+    EXPECT_EQ(e.tl->virtualScroller, edited->virtualScroller);
+    ASSERT_EQ(e.tl->clipboardLane.size(), 0u) << "the clipboard is not part of a snapshot";
+
+    QStringList logged;
+    const int sink = addLogSink([&](const QString& line) { logged << line; });
+    const auto current = e.tl;
+    e.undo();
+    removeLogSink(sink);
+    EXPECT_EQ(e.tl, current);
+    EXPECT_TRUE(logged.contains("Cannot undo"));
+
+    // The restored timeline takes the next snapshot itself.
+    e.tl->insertItemInMainLane(asset("new", 3), 0);
+    EXPECT_EQ(e.queue.queue.size(), 1u);
+    expectInvariants(*e.tl);
+}
+
+TEST(AETimeLineSelection, UndoLosesOnlyWhatSnapshotsDoNotCarry) {
+    Edited e;
+    fillMainLane(*e.tl, {60});
+    const auto bgm = e.tl->attachItem(music("bed", 100), -1, 10, std::nullopt, false, false);
+    e.tl->splitAttachedItem(bgm, 30);
+    e.tl->mainLane[0]->volumeKFs->setKeyframe(3.0, -4.0);
+    e.tl->muteItem(e.tl->mainLane[0]);
+    ASSERT_TRUE(bgm->cutOnce);
+    e.tl->sliceMainLane(20); // one snapshot of the state above
+    e.undo();
+    const auto& restored = e.tl;
+    ASSERT_EQ(restored->mainLane.size(), 1u);
+    EXPECT_FALSE(AETimeLine::itemActive(restored->mainLane[0]));
+    EXPECT_EQ(restored->mainLane[0]->volumeKFs->getValue(3.0), -4.0);
+    EXPECT_EQ(restored->mainLane[0]->globalKFS, restored->mainLane[0]->volumeKFs);
+    ASSERT_EQ(restored->attachedItems.size(), 2u);
+    EXPECT_EQ(restored->attachedItems[0]->id, bgm->id);
+    EXPECT_FALSE(restored->attachedItems[0]->cutOnce) << "cutOnce is lost on undo";
+    EXPECT_EQ(restored->attachedItems[0]->bgmOutTime, 30.0);
+}

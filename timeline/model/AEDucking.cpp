@@ -1,0 +1,3 @@
+#include "timeline/model/AEDucking.h"
+
+void AEDucking::duck(const std::shared_ptr<AETimeLineItem>& /*item*/, AETimeLine& /*timeline*/) {}
