@@ -104,6 +104,7 @@ QJsonObject KeyedArchiver::referenceTo(const std::shared_ptr<const KeyedObject>&
         return QJsonObject{{"object", found->second}};
     const int index = static_cast<int>(objects_.size());
     indexOf_[object.get()] = index;
+    retained_.push_back(object);
     objects_.push_back({object->archiveClassName(), {}});
     const int outer = current_;
     current_ = index;

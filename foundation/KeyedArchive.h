@@ -78,6 +78,9 @@ private:
     };
     std::vector<Entry> objects_;
     std::map<const KeyedObject*, int> indexOf_;
+    // Objects are told apart by address: each written one is kept alive so that a temporary made for
+    // one key cannot lend its address to another object later in the same archive.
+    std::vector<std::shared_ptr<const KeyedObject>> retained_;
     int current_ = -1;
 };
 

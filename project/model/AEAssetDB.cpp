@@ -93,7 +93,7 @@ std::shared_ptr<AEAsset> AEAssetDB::loadAsset(const QString& assetId) {
         return asset;
     }
     Warning("Warning", "Asset " + assetId + " unavailable");
-    auto placeholder = AEAsset::make(AEAsset::Args{});
+    auto placeholder = AEAsset::makePlaceholder();
     // Keeps the reference, so saving the show does not drop an asset whose record may come back.
     placeholder->id = assetId;
     return placeholder;

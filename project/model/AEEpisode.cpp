@@ -167,6 +167,10 @@ void AEEpisode::loadTimelineAsync(std::function<void()> callback) {
         auto loaded = AETimeLine::load(path);
         XMain::execute(
             [weak, loaded, fallbackId, callback] {
+                if (loaded) {
+                    for (const auto& item : loaded->getCollectedItems())
+                        if (!item->player) item->makePlayer();
+                }
                 if (auto self = weak.lock()) self->timeline = loaded ? loaded : AETimeLine::make(fallbackId);
                 if (callback) callback();
             },

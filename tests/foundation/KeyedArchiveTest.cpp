@@ -106,6 +106,32 @@ TEST(KeyedArchive, SharedObjectIsWrittenOnceAndDecodedAsOneInstance) {
     EXPECT_EQ(back->left->text, "marker");
 }
 
+namespace {
+// Writes each child through a fresh copy, as records do for their value fields.
+class CopyingNote : public Note {
+public:
+    QString archiveClassName() const override { return "TestNote"; }
+    void encode(KeyedArchiver& c) const override {
+        c.encodeString("text", text);
+        c.encodeObject("left", std::make_shared<Note>(*left));
+        c.encodeObject("right", std::make_shared<Note>(*right));
+    }
+};
+} // namespace
+
+TEST(KeyedArchive, TemporariesWrittenForDifferentKeysStayDifferentObjects) {
+    auto root = std::make_shared<CopyingNote>();
+    root->text = "root";
+    root->left = std::make_shared<Note>();
+    root->left->text = "first";
+    root->right = std::make_shared<Note>();
+    root->right->text = "second";
+    const auto back = decodeNote(KeyedArchiver::archivedData(root));
+    ASSERT_TRUE(back && back->left && back->right);
+    EXPECT_EQ(back->left->text, "first");
+    EXPECT_EQ(back->right->text, "second");
+}
+
 TEST(KeyedArchive, KindsAreStrictKeyByKey) {
     // "count" holds a string and "time" an integer: each read falls back, the others still work.
     const QByteArray data = R"({"format":"zendrel-keyed-archive","version":1,"root":0,"objects":[

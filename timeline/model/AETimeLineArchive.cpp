@@ -15,9 +15,7 @@ void AETimeLine::encode(KeyedArchiver& coder) const {
     coder.encodeObjectArray("mainLane", mainLane);
     coder.encodeObjectArray("attachedItems", attachedItems);
     coder.encodeDouble("currentPHTime", currentPHTime);
-    // Not a temporary: the archive tells objects apart by address (see the item's range).
-    coder.encodeObject("currentViewRange",
-                       std::shared_ptr<const AETimeRange>(shared_from_this(), &currentViewRange));
+    coder.encodeObject("currentViewRange", std::make_shared<AETimeRange>(currentViewRange));
 }
 
 std::shared_ptr<AETimeLine> AETimeLine::decode(KeyedUnarchiver& coder) {

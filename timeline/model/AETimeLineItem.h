@@ -77,6 +77,9 @@ public:
     // ducked are not carried: the next repair pass remakes the fade-out.
     std::shared_ptr<AETimeLineItem> duplicate() const;
     void updateGlobalKFs();
+    // A player on the asset's file, when it has one. Main thread: finding the file may repair the
+    // asset's copy.
+    void makePlayer();
     // Shows and applies a new envelope.
     void setVolumeKFs(std::shared_ptr<AEKeyframeList> list);
     // A copy of the source's envelope, in a copy of its editor.
@@ -96,7 +99,6 @@ private:
     AETimeLineItem() = default;
     void initialise(const std::shared_ptr<AEAsset>& asset, int64_t lane, double inTime,
                     const std::optional<AETimeRange>& range);
-    void makePlayer();
     // A new envelope editor over volumeKFs.
     void attachKeyframeView();
     void bindKeyframeView();

@@ -1,3 +1,4 @@
+#include "foundation/Execution.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "project/model/AEAsset.h"
@@ -50,9 +51,7 @@ void AETimeLineItem::encode(KeyedArchiver& coder) const {
     coder.encodeInt("lane", lane);
     coder.encodeDouble("inTime", inTime);
     coder.encodeDouble("bgmOutTime", bgmOutTime);
-    // The archive tells objects apart by address: a temporary range could reuse the address of the
-    // previous item's and be written as that one. The member lives as long as the item.
-    coder.encodeObject("range", std::shared_ptr<const AETimeRange>(shared_from_this(), &range));
+    coder.encodeObject("range", std::make_shared<AETimeRange>(range));
     coder.encodeString("id", id);
     coder.encodeObjectArray("markers", markers);
     coder.encodeBool("cutOnce", cutOnce);
@@ -82,7 +81,8 @@ std::shared_ptr<AETimeLineItem> AETimeLineItem::decode(KeyedUnarchiver& coder) {
     const auto asset = resolveAsset(assetId, *id);
     item->initialise(asset, lane, inTime, *range);
     item->id = *id;
-    item->makePlayer();
+    // Off the main thread the player waits: finding the file may change the shared asset record.
+    if (XMain::isMain()) item->makePlayer();
     item->markers = std::move(*markers);
     item->bgmOutTime = simpleRound(bgmOutTime);
     item->cutOnce = coder.decodeBool("cutOnce").value_or(false);

@@ -1,0 +1,646 @@
+#include "TimelineFixture.h"
+#include "foundation/Interaction.h"
+#include "foundation/Log.h"
+#include "project/model/AEAssetDB.h"
+#include "support/ArchiveEdit.h"
+#include "timeline/model/AEKeyframeView.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <functional>
+#include <iostream>
+#include <mutex>
+#include <time.h>
+
+using namespace tlfixture;
+
+namespace {
+
+const QString kItemFailed = "Decoding TimeLine Item: FAILED!";
+
+using ObjectsEdit = std::function<void(QJsonArray& objects)>;
+
+// Rewrites the table of archived objects of the file at `path`.
+void editObjects(const QString& path, const ObjectsEdit& edit) {
+    QFile in(path);
+    ASSERT_TRUE(in.open(QIODevice::ReadOnly));
+    QJsonObject top = QJsonDocument::fromJson(in.readAll()).object();
+    in.close();
+    QJsonArray objects = top["objects"].toArray();
+    edit(objects);
+    top["objects"] = objects;
+    QFile out(path);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    out.write(QJsonDocument(top).toJson());
+}
+
+QJsonObject keysAt(const QJsonArray& objects, int index) {
+    return objects[index].toObject()["keys"].toObject();
+}
+
+void setKeysAt(QJsonArray& objects, int index, const QJsonObject& keys) {
+    QJsonObject object = objects[index].toObject();
+    object["keys"] = keys;
+    objects[index] = object;
+}
+
+int itemIndex(const QJsonArray& objects, const QString& itemId) {
+    for (int i = 0; i < objects.size(); ++i) {
+        const QJsonObject object = objects[i].toObject();
+        if (object["class"].toString() == "AETimeLineItem" &&
+            object["keys"].toObject()["id"].toObject()["string"].toString() == itemId)
+            return i;
+    }
+    return -1;
+}
+
+// The index of the object that `key` of the object at `index` refers to.
+int referenced(const QJsonArray& objects, int index, const QString& key) {
+    return keysAt(objects, index)[key].toObject()["object"].toInt(-1);
+}
+
+void editItem(const QString& path, const QString& itemId, const testenv::KeyEdit& edit) {
+    editObjects(path, [&](QJsonArray& objects) {
+        const int at = itemIndex(objects, itemId);
+        ASSERT_GE(at, 0) << "no item " << itemId.toStdString();
+        QJsonObject keys = keysAt(objects, at);
+        edit(keys);
+        setKeysAt(objects, at, keys);
+    });
+}
+
+void editItemRange(const QString& path, const QString& itemId, const testenv::KeyEdit& edit) {
+    editObjects(path, [&](QJsonArray& objects) {
+        const int range = referenced(objects, itemIndex(objects, itemId), "range");
+        ASSERT_GE(range, 0);
+        QJsonObject keys = keysAt(objects, range);
+        edit(keys);
+        setKeysAt(objects, range, keys);
+    });
+}
+
+QJsonObject archivedDouble(double value) {
+    return QJsonObject{{"double", value}};
+}
+
+// CPU time of this thread: a budget in it does not depend on what else the machine is running.
+qint64 threadCpuMs() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<qint64>(t.tv_sec) * 1000 + t.tv_nsec / 1000000;
+}
+
+QStringList idsOf(const AETimeLine::Items& items) {
+    QStringList ids;
+    for (const auto& item : items)
+        ids << item->id;
+    return ids;
+}
+
+} // namespace
+
+class AETimeLineArchive : public ::testing::Test {
+protected:
+    void SetUp() override {
+        door = std::make_shared<ScriptedInteraction>();
+        setUserInteraction(door);
+        logToken = addLogSink([this](const QString& line) {
+            std::lock_guard lock(logMutex);
+            logLines << line;
+        });
+    }
+
+    void TearDown() override {
+        removeLogSink(logToken);
+        setUserInteraction(nullptr);
+    }
+
+    // An asset the store can find by id when the timeline comes back.
+    static std::shared_ptr<AEAsset> stored(const QString& id, double duration,
+                                           AEAssetType type = AEAssetType::speech) {
+        auto a = asset(id, duration, type);
+        AEAssetDB::saveAsset(a);
+        return a;
+    }
+
+    static std::shared_ptr<AEAsset> silence() {
+        AEAsset::Args args;
+        args.type = AEAssetType::silence;
+        return AEAsset::make(args);
+    }
+
+    QString path(const QString& id) const { return AETimeLine::persistPath(dir.path() + "/", id); }
+
+    QString saved(const std::shared_ptr<AETimeLine>& tl) const {
+        const QString file = path(tl->id);
+        EXPECT_TRUE(tl->save(file));
+        return file;
+    }
+
+    int logged(const QString& line) {
+        std::lock_guard lock(logMutex);
+        return static_cast<int>(logLines.count(line));
+    }
+
+    QStringList alerts() const {
+        QStringList lines;
+        for (const QString& line : door->transcript())
+            if (line.startsWith("alert: ")) lines << line;
+        return lines;
+    }
+
+    // Main lane m0 (10 s), m1 (20 s), m2 (5 s) and one attached item "a1" at 2 s.
+    QString threeClips(const QString& id) {
+        auto tl = timeline(id);
+        const QStringList names = {"m0", "m1", "m2"};
+        const std::vector<double> lengths = {10, 20, 5};
+        for (size_t n = 0; n < lengths.size(); ++n) {
+            auto item = tl->appendItemInMainLane(stored("arch." + id + "." + names[n], lengths[n]),
+                                                 std::nullopt, false);
+            item->id = names[n];
+        }
+        auto attached = tl->attachItem(stored("arch." + id + ".a1", 4, AEAssetType::effect), 1, 2.0,
+                                       std::nullopt, false, false);
+        attached->id = "a1";
+        return saved(tl);
+    }
+
+    QTemporaryDir dir;
+    std::shared_ptr<ScriptedInteraction> door;
+    std::mutex logMutex;
+    QStringList logLines;
+    int logToken = 0;
+};
+
+TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
+    auto tl = timeline("roundTrip");
+    const auto speech = stored("arch.rt.speech", 20);
+    const auto talk = stored("arch.rt.talk", 30);
+    const auto music = tlfixture::music("arch.rt.bgm", 100);
+    AEAssetDB::saveAsset(music);
+    auto first = tl->appendItemInMainLane(speech, std::nullopt, false);
+    auto quiet = tl->appendItemInMainLane(silence(), AETimeRange(0, 5), false);
+    auto last = tl->appendItemInMainLane(talk, std::nullopt, false);
+    const auto early = first->addMarker(3.0, std::nullopt, "early", AEMarkerType::normal);
+    const auto late = first->addMarker(15.0, std::nullopt, "late", AEMarkerType::chapter);
+    tl->sliceMainLane(10.0, false);
+    ASSERT_EQ(tl->mainLane.size(), 4u);
+    auto second = tl->mainLane[1];
+    ASSERT_EQ(second->markers.size(), 2u) << "both halves of a slice hold every marker";
+
+    // Written out of order on purpose: the file keeps the order it was given.
+    last->volumeKFs->keyframes = {std::make_shared<AEKeyframe>(8.0, -3.0),
+                                  std::make_shared<AEKeyframe>(2.0, -6.0),
+                                  std::make_shared<AEKeyframe>(5.0, 0.0)};
+    tl->muteItem(last);
+    tl->soloItem(quiet);
+    auto bgm = tl->attachItem(music, -1, 5.0, std::nullopt, false, false);
+    tl->adjustBGM();
+    const auto gone =
+        tl->attachItem(asset("arch.rt.gone", 4, AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
+    tl->currentPHTime = 12.5;
+    tl->currentViewRange = AETimeRange(4, 44);
+    ASSERT_EQ(bgm->bgmOutTime, 55.0);
+    ASSERT_TRUE(bgm->fadeOutKFS && bgm->fadeOutKFS->keyframes.size() == 2);
+
+    const QString file = saved(tl);
+    last->volumeKFs->sortKFs();
+    const QByteArray before = KeyedArchiver::archivedData(tl);
+    EXPECT_EQ(logged("Saving timeline..."), 1);
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(logged("Loading timeline: " + file), 1);
+    EXPECT_EQ(back->id, "roundTrip");
+    EXPECT_EQ(idsOf(back->mainLane), idsOf(tl->mainLane));
+    EXPECT_EQ(idsOf(back->attachedItems), idsOf(tl->attachedItems));
+    for (size_t n = 0; n < back->mainLane.size(); ++n) {
+        EXPECT_EQ(back->mainLane[n]->inTime, tl->mainLane[n]->inTime) << n;
+        EXPECT_TRUE(back->mainLane[n]->range.isEqual(tl->mainLane[n]->range)) << n;
+    }
+    EXPECT_EQ(back->mainLane[0]->asset, speech) << "a known asset is the store's live instance";
+    EXPECT_EQ(back->mainLane[3]->asset, talk);
+
+    const auto& backQuiet = back->mainLane[2];
+    EXPECT_EQ(backQuiet->asset->type, AEAssetType::silence);
+    EXPECT_EQ(backQuiet->asset->id, "AESilence");
+    EXPECT_EQ(backQuiet->solo, true);
+    EXPECT_EQ(backQuiet->active, true);
+    EXPECT_FALSE(backQuiet->player);
+
+    const auto& backLast = back->mainLane[3];
+    EXPECT_EQ(backLast->active, false);
+    EXPECT_EQ(backLast->solo, false);
+    ASSERT_EQ(backLast->volumeKFs->keyframes.size(), 3u);
+    const std::vector<std::pair<double, double>> sorted = {{2.0, -6.0}, {5.0, 0.0}, {8.0, -3.0}};
+    for (size_t k = 0; k < sorted.size(); ++k) {
+        EXPECT_EQ(backLast->volumeKFs->keyframes[k]->time, sorted[k].first);
+        EXPECT_EQ(backLast->volumeKFs->keyframes[k]->value, sorted[k].second);
+    }
+    EXPECT_EQ(backLast->kfView->keyframes, backLast->volumeKFs) << "the editor shows the list that was read";
+
+    const auto& a = back->mainLane[0];
+    const auto& b = back->mainLane[1];
+    ASSERT_EQ(a->markers.size(), 2u);
+    ASSERT_EQ(b->markers.size(), 2u);
+    EXPECT_EQ(a->markers[0], b->markers[0]) << "a marker shared by two items stays one object";
+    EXPECT_EQ(a->markers[1], b->markers[1]);
+    EXPECT_NE(a->markers[0], a->markers[1]);
+    EXPECT_EQ(a->markers[0]->id, early->id);
+    EXPECT_EQ(a->markers[0]->inTime, 3.0);
+    EXPECT_EQ(a->markers[0]->notes, "early");
+    EXPECT_EQ(a->markers[1]->id, late->id);
+    EXPECT_EQ(a->markers[1]->type, AEMarkerType::chapter);
+
+    const auto backBgm = back->getBGMs();
+    ASSERT_EQ(backBgm.size(), 1u);
+    EXPECT_EQ(backBgm[0]->bgmOutTime, 55.0);
+    ASSERT_TRUE(backBgm[0]->fadeOutKFS);
+    ASSERT_EQ(backBgm[0]->fadeOutKFS->keyframes.size(), 2u);
+    for (size_t k = 0; k < 2; ++k) {
+        EXPECT_EQ(backBgm[0]->fadeOutKFS->keyframes[k]->time, bgm->fadeOutKFS->keyframes[k]->time);
+        EXPECT_EQ(backBgm[0]->fadeOutKFS->keyframes[k]->value, bgm->fadeOutKFS->keyframes[k]->value);
+    }
+    EXPECT_EQ(backBgm[0]->globalKFS, backBgm[0]->fadeOutKFS)
+        << "with no envelope of its own the fade is applied";
+
+    const auto backGone = back->attachedItems[1];
+    EXPECT_EQ(backGone->id, gone->id);
+    EXPECT_EQ(backGone->asset->id, "arch.rt.gone") << "the placeholder keeps the reference";
+    EXPECT_EQ(alerts(), QStringList({"alert: Warning | Asset arch.rt.gone unavailable"}))
+        << "silence is never looked up, known assets are found";
+
+    EXPECT_EQ(back->currentPHTime, 12.5);
+    EXPECT_TRUE(back->currentViewRange.isEqual(AETimeRange(4, 44)));
+    EXPECT_FALSE(back->mustDraw);
+    EXPECT_EQ(back->getCollectedItems().size(), 6u);
+    expectInvariants(*back);
+
+    // Nothing was lost or invented on the way: the loaded document archives as the original did.
+    EXPECT_EQ(KeyedArchiver::archivedData(back), before);
+}
+
+TEST_F(AETimeLineArchive, EveryRangeIsItsOwnObjectInTheFile) {
+    // Ranges are values: two items sharing a range object in the file would come back with one range.
+    const QString file = threeClips("ownRanges");
+    editObjects(file, [](QJsonArray& objects) {
+        QList<int> ranges;
+        for (const char* id : {"m0", "m1", "m2", "a1"})
+            ranges << referenced(objects, itemIndex(objects, id), "range");
+        ranges << referenced(objects, 0, "currentViewRange");
+        for (int n = 0; n < ranges.size(); ++n) {
+            EXPECT_GE(ranges[n], 0);
+            EXPECT_EQ(ranges.count(ranges[n]), 1) << "range object " << ranges[n] << " is shared";
+        }
+    });
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    ASSERT_EQ(back->mainLane.size(), 3u);
+    EXPECT_EQ(back->mainLane[0]->range.duration(), 10.0);
+    EXPECT_EQ(back->mainLane[1]->range.duration(), 20.0);
+    EXPECT_EQ(back->mainLane[2]->range.duration(), 5.0);
+}
+
+TEST_F(AETimeLineArchive, ViewRangeOfANewTimelineAndOfAFileWithoutOne) {
+    EXPECT_TRUE(AETimeLine::make("fresh")->currentViewRange.isEqual(AETimeRange(0, 30.0)));
+    const QString file = threeClips("noViewRange");
+    ASSERT_TRUE(testenv::editArchiveFile(file, "AETimeLine", [](QJsonObject& k) {
+        k.remove("currentViewRange");
+        k.remove("currentPHTime");
+    }));
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(back->currentViewRange.isEqual(AETimeRange(0, 10.0)));
+    EXPECT_EQ(back->currentPHTime, 0.0);
+    EXPECT_EQ(back->mainLane.size(), 3u);
+}
+
+TEST_F(AETimeLineArchive, APlayheadThatCannotBeATimeStartsAtZero) {
+    const std::vector<std::pair<const char*, QJsonValue>> playheads = {
+        {"negative", archivedDouble(-3.0)},
+        {"huge", archivedDouble(1e300)},
+        {"infinite", QJsonObject{{"double", "inf"}}},
+        {"of another kind", QJsonObject{{"string", "12"}}},
+    };
+    for (const auto& [what, value] : playheads) {
+        SCOPED_TRACE(what);
+        const QString file = threeClips("badPlayhead");
+        ASSERT_TRUE(testenv::editArchiveFile(file, "AETimeLine",
+                                             [&](QJsonObject& k) { k["currentPHTime"] = value; }));
+        const auto back = AETimeLine::load(file);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(back->currentPHTime, 0.0);
+        EXPECT_EQ(back->mainLane.size(), 3u);
+    }
+}
+
+TEST_F(AETimeLineArchive, MissingFlagsTakeTheirDefaultsAndTheAppliedEnvelopeIsDerived) {
+    auto tl = timeline("flags");
+    auto muted = tl->appendItemInMainLane(stored("arch.flags.muted", 10), std::nullopt, false);
+    auto solo = tl->appendItemInMainLane(stored("arch.flags.solo", 10), std::nullopt, false);
+    tl->muteItem(muted);
+    tl->soloItem(solo);
+    muted->volumeKFs->setKeyframe(2.0, -6.0);
+    const QString file = saved(tl);
+    for (const auto& item : {muted, solo})
+        editItem(file, item->id, [](QJsonObject& k) {
+            k.remove("active");
+            k.remove("solo");
+        });
+    // The applied envelope in the file points at a foreign list; the loader must derive its own.
+    editObjects(file, [&](QJsonArray& objects) {
+        const int from = itemIndex(objects, muted->id);
+        const int other = itemIndex(objects, solo->id);
+        QJsonObject keys = keysAt(objects, from);
+        keys["globalKFS"] = keysAt(objects, other)["volumeKFs"];
+        setKeysAt(objects, from, keys);
+    });
+
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    ASSERT_EQ(back->mainLane.size(), 2u);
+    for (const auto& item : back->mainLane) {
+        EXPECT_EQ(item->active, true) << item->id.toStdString();
+        EXPECT_EQ(item->solo, false) << item->id.toStdString();
+    }
+    const auto& first = back->mainLane[0];
+    EXPECT_EQ(first->globalKFS, first->volumeKFs);
+    ASSERT_EQ(first->globalKFS->keyframes.size(), 1u);
+    EXPECT_EQ(first->globalKFS->keyframes[0]->value, -6.0);
+    EXPECT_TRUE(back->soloItems.empty()) << "the solo list is not persisted";
+}
+
+TEST_F(AETimeLineArchive, AnItemWithAForeignAssetIdIsDroppedAndTheRestLoads) {
+    const std::vector<std::pair<const char*, QJsonValue>> damages = {
+        {"int", QJsonObject{{"int", 7}}},
+        {"string of a number", QJsonObject{{"string", 7}}},
+        {"bare string", QJsonValue("m1")},
+    };
+    for (const auto& [what, value] : damages) {
+        SCOPED_TRACE(what);
+        const QString file = threeClips("foreignAssetId");
+        editItem(file, "m1", [&](QJsonObject& k) { k["assetId"] = value; });
+        const int failuresBefore = logged(kItemFailed);
+        const auto back = AETimeLine::load(file);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
+        EXPECT_EQ(back->mainLane[1]->inTime, 10.0) << "the main lane closes up";
+        EXPECT_EQ(idsOf(back->attachedItems), QStringList({"a1"}));
+        expectInvariants(*back);
+    }
+    EXPECT_TRUE(alerts().isEmpty());
+}
+
+TEST_F(AETimeLineArchive, AnItemMissingARequiredKeyIsDroppedAndTheRestLoads) {
+    for (const char* key : {"range", "id", "markers"}) {
+        SCOPED_TRACE(key);
+        const QString file = threeClips("missingKey");
+        editItem(file, "m1", [&](QJsonObject& k) { k.remove(key); });
+        const int failuresBefore = logged(kItemFailed);
+        const auto back = AETimeLine::load(file);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
+        EXPECT_EQ(idsOf(back->attachedItems), QStringList({"a1"}));
+        expectInvariants(*back);
+    }
+    // A key present with an object of another class fails the same way.
+    const QString file = threeClips("rangeOfAnotherClass");
+    editObjects(file, [](QJsonArray& objects) {
+        const int m1 = itemIndex(objects, "m1");
+        QJsonObject keys = keysAt(objects, m1);
+        keys["range"] = keys["volumeKFs"];
+        setKeysAt(objects, m1, keys);
+    });
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
+    // The attached item can also be the one that fails.
+    const QString attached = threeClips("attachedFails");
+    editItem(attached, "a1", [](QJsonObject& k) { k.remove("markers"); });
+    const auto withoutA1 = AETimeLine::load(attached);
+    ASSERT_TRUE(withoutA1);
+    EXPECT_EQ(withoutA1->mainLane.size(), 3u);
+    EXPECT_TRUE(withoutA1->attachedItems.empty());
+    EXPECT_TRUE(alerts().isEmpty());
+}
+
+TEST_F(AETimeLineArchive, AnItemWithoutAssetIdKeepsItsPlaceWithAPlaceholder) {
+    const QString file = threeClips("noAssetId");
+    editItem(file, "m1", [](QJsonObject& k) { k.remove("assetId"); });
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(logged(kItemFailed), 0);
+    ASSERT_EQ(idsOf(back->mainLane), QStringList({"m0", "m1", "m2"}));
+    const auto& placeholder = back->mainLane[1]->asset;
+    EXPECT_TRUE(placeholder->id.isEmpty());
+    EXPECT_TRUE(placeholder->name.isEmpty());
+    EXPECT_EQ(placeholder->type, AEAssetType::speech);
+    EXPECT_EQ(back->mainLane[1]->range.duration(), 20.0)
+        << "the played stretch comes from the file, not the asset";
+    EXPECT_EQ(back->mainLane[2]->inTime, 30.0);
+    EXPECT_EQ(alerts(), QStringList({"alert: Warning | Asset m1 unavailable"}));
+    expectInvariants(*back);
+}
+
+TEST_F(AETimeLineArchive, TimesThatCannotBeTimesRejectTheItemWithoutACrash) {
+    struct Case {
+        const char* what;
+        std::function<void(const QString& file)> damage;
+    };
+    const auto itemKey = [](const char* key, const QJsonValue& value) {
+        return [=](const QString& file) { editItem(file, "m1", [&](QJsonObject& k) { k[key] = value; }); };
+    };
+    const auto rangeEnd = [](const char* end, const QJsonValue& value) {
+        return
+            [=](const QString& file) { editItemRange(file, "m1", [&](QJsonObject& k) { k[end] = value; }); };
+    };
+    const std::vector<Case> cases = {
+        {"negative inTime", itemKey("inTime", archivedDouble(-1.0))},
+        {"huge inTime", itemKey("inTime", archivedDouble(1e300))},
+        {"infinite inTime", itemKey("inTime", QJsonObject{{"double", "inf"}})},
+        {"negative bgmOutTime", itemKey("bgmOutTime", archivedDouble(-5.0))},
+        {"huge bgmOutTime", itemKey("bgmOutTime", archivedDouble(1e300))},
+        {"NaN bgmOutTime", itemKey("bgmOutTime", QJsonObject{{"double", "nan"}})},
+        {"negative range in", rangeEnd("i", archivedDouble(-2.0))},
+        {"negative range out", rangeEnd("o", archivedDouble(-2.0))},
+        {"huge range in", rangeEnd("i", archivedDouble(1e300))},
+        {"huge range out", rangeEnd("o", archivedDouble(1e300))},
+        {"huge negative range out", rangeEnd("o", archivedDouble(-1e300))},
+        {"NaN range out", rangeEnd("o", QJsonObject{{"double", "nan"}})},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QString file = threeClips("badTime");
+        c.damage(file);
+        const int failuresBefore = logged(kItemFailed);
+        const auto back = AETimeLine::load(file);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
+        EXPECT_EQ(back->getMainLaneOutTime(), 15.0);
+        expectInvariants(*back);
+    }
+}
+
+TEST_F(AETimeLineArchive, EmptyAndInvertedRangesAreRepairedAwayAtLoad) {
+    struct Case {
+        const char* what;
+        const char* item;
+        double i;
+        double o;
+    };
+    const std::vector<Case> cases = {
+        {"zero-length main-lane clip", "m1", 3.0, 3.0},
+        {"zero-length attached item", "a1", 1.0, 1.0},
+        {"range shorter than the grid", "m1", 3.0, 3.005},
+        {"inverted main-lane range", "m1", 8.0, 3.0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QString file = threeClips("emptyRange");
+        editItemRange(file, c.item, [&](QJsonObject& k) {
+            k["i"] = archivedDouble(c.i);
+            k["o"] = archivedDouble(c.o);
+        });
+        const auto back = AETimeLine::load(file);
+        ASSERT_TRUE(back);
+        QStringList all = idsOf(back->mainLane) + idsOf(back->attachedItems);
+        EXPECT_FALSE(all.contains(c.item));
+        EXPECT_EQ(all.size(), 3);
+        EXPECT_EQ(back->getMainLaneOutTime(), c.item == QString("m1") ? 15.0 : 35.0);
+        expectInvariants(*back);
+    }
+}
+
+TEST_F(AETimeLineArchive, EnormousButRealTimesLoad) {
+    // A hundred thousand hours: absurd for an episode, but a time all the same.
+    const double hours = 100000.0 * 3600.0;
+    const QString file = threeClips("enormous");
+    editItemRange(file, "m1", [&](QJsonObject& k) { k["o"] = archivedDouble(hours); });
+    editItem(file, "a1", [&](QJsonObject& k) { k["inTime"] = archivedDouble(hours / 2); });
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(logged(kItemFailed), 0);
+    ASSERT_EQ(idsOf(back->mainLane), QStringList({"m0", "m1", "m2"}));
+    EXPECT_EQ(back->mainLane[2]->inTime, 10.0 + hours);
+    EXPECT_EQ(back->getMainLaneOutTime(), 15.0 + hours);
+    ASSERT_EQ(back->attachedItems.size(), 1u);
+    EXPECT_EQ(back->attachedItems[0]->inTime, hours / 2);
+    expectInvariants(*back);
+}
+
+TEST_F(AETimeLineArchive, ATimelineWithoutAUsableIdOrListsIsNoTimeline) {
+    const std::vector<std::pair<const char*, testenv::KeyEdit>> damages = {
+        {"no id", [](QJsonObject& k) { k.remove("id"); }},
+        {"numeric id",
+         [](QJsonObject& k) {
+             k["id"] = QJsonObject{{"int", 4}};
+         }},
+        {"id of a foreign kind",
+         [](QJsonObject& k) {
+             k["id"] = QJsonObject{{"double", 1.5}};
+         }},
+        {"no main lane", [](QJsonObject& k) { k.remove("mainLane"); }},
+        {"attached items not an array",
+         [](QJsonObject& k) {
+             k["attachedItems"] = QJsonObject{{"int", 1}};
+         }},
+    };
+    for (const auto& [what, damage] : damages) {
+        SCOPED_TRACE(what);
+        const QString file = threeClips("noId");
+        ASSERT_TRUE(testenv::editArchiveFile(file, "AETimeLine", damage));
+        EXPECT_FALSE(AETimeLine::load(file));
+    }
+}
+
+TEST_F(AETimeLineArchive, AFileThatIsNoTimelineArchiveGivesNothing) {
+    const QString garbage = path("garbage");
+    QFile file(garbage);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("RIFF....WAVEfmt and then no JSON at all");
+    file.close();
+    EXPECT_FALSE(AETimeLine::load(garbage));
+    EXPECT_FALSE(AETimeLine::load(path("absent")));
+
+    // A valid archive whose root is another class.
+    const QString marker = path("marker");
+    ASSERT_TRUE(KeyedArchiver::archiveRootObject(std::make_shared<AEMarker>(1.0), marker));
+    EXPECT_FALSE(AETimeLine::load(marker));
+
+    // Cut short in the middle of the JSON.
+    const QString cut = threeClips("truncated");
+    QFile whole(cut);
+    ASSERT_TRUE(whole.open(QIODevice::ReadWrite));
+    const QByteArray data = whole.readAll();
+    ASSERT_TRUE(whole.resize(data.size() / 2));
+    whole.close();
+    EXPECT_FALSE(AETimeLine::load(cut));
+}
+
+TEST_F(AETimeLineArchive, TenThousandItemsLoadQuickly) {
+    constexpr int kMain = 9000;
+    constexpr int kAttached = 1000;
+    const auto clip = stored("arch.many.clip", 2.0);
+    const auto fx = stored("arch.many.fx", 1.0, AEAssetType::effect);
+    AETimeLine::Items main;
+    AETimeLine::Items attached;
+    for (int n = 0; n < kMain; ++n)
+        main.push_back(AETimeLineItem::make(clip, "m" + QString::number(n), 0, 0));
+    // Two lanes of short items that never overlap within their lane.
+    for (int n = 0; n < kAttached; ++n)
+        attached.push_back(AETimeLineItem::make(fx, "a" + QString::number(n), n % 2 ? 1 : -1, 4.0 * n));
+    auto tl = AETimeLine::make("many", main, attached);
+    tl->refillMainLaneInTime();
+
+    const qint64 start = threadCpuMs();
+    const QString file = saved(tl);
+    const qint64 saveMs = threadCpuMs() - start;
+    const auto back = AETimeLine::load(file);
+    const qint64 loadMs = threadCpuMs() - start - saveMs;
+    std::cout << "[ measure  ] " << kMain + kAttached << " items, CPU time: save " << saveMs << " ms, load "
+              << loadMs << " ms\n";
+
+    ASSERT_TRUE(back);
+    ASSERT_EQ(back->mainLane.size(), static_cast<size_t>(kMain));
+    ASSERT_EQ(back->attachedItems.size(), static_cast<size_t>(kAttached));
+    EXPECT_EQ(back->mainLane.back()->inTime, 2.0 * (kMain - 1));
+    EXPECT_EQ(back->attachedItems.back()->inTime, 4.0 * (kAttached - 1));
+    EXPECT_EQ(logged(kItemFailed), 0);
+    expectInvariants(*back);
+#if defined(__SANITIZE_ADDRESS__)
+    constexpr qint64 kBudgetMs = 20000;
+#else
+    constexpr qint64 kBudgetMs = 3000;
+#endif
+    EXPECT_LT(loadMs, kBudgetMs);
+}
+
+TEST_F(AETimeLineArchive, ALaneNumberNoLayoutCouldReachRejectsTheItem) {
+    // Every lane up to the highest number is built: a wild number must not hang the load.
+    for (const qint64 lane : {30000, -30000}) {
+        SCOPED_TRACE(lane);
+        const QString file = threeClips("wildLane");
+        editItem(file, "a1", [&](QJsonObject& k) { k["lane"] = QJsonObject{{"int", lane}}; });
+        const int failuresBefore = logged(kItemFailed);
+        const qint64 start = threadCpuMs();
+        const auto back = AETimeLine::load(file);
+        EXPECT_LT(threadCpuMs() - start, 1000);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_TRUE(back->attachedItems.empty());
+        EXPECT_EQ(back->mainLane.size(), 3u);
+    }
+    // An ordinary lane above the others is kept.
+    const QString file = threeClips("highLane");
+    editItem(file, "a1", [&](QJsonObject& k) { k["lane"] = QJsonObject{{"int", -7}}; });
+    const auto back = AETimeLine::load(file);
+    ASSERT_TRUE(back);
+    ASSERT_EQ(back->attachedItems.size(), 1u);
+    EXPECT_LT(back->attachedItems[0]->lane, 0);
+}
