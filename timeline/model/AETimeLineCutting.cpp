@@ -47,15 +47,17 @@ void AETimeLine::sliceMainLane(double at, bool doUndoCallback) {
         if (rest <= 0) a->range = old;
         if (rest > 0) {
             const AETimeRange second(a->range.i + a->range.duration(), old.o);
-            if (n + 1 < static_cast<int64_t>(mainLane.size()))
-                insertItemInMainLane(a->asset, n + 1, second, false);
-            else
-                appendItemInMainLane(a->asset, second, false, true);
-            const auto b = mainLane[static_cast<size_t>(n + 1)];
-            // Both halves hold every marker; each shows only those inside its own range.
-            b->markers.insert(b->markers.end(), a->markers.begin(), a->markers.end());
-            b->setVolumeKFs(a->volumeKFs->duplicate());
-            b->volumeKFs->keepKeyframesInTimeRange(b->range);
+            const auto b = n + 1 < static_cast<int64_t>(mainLane.size())
+                               ? insertItemInMainLane(a->asset, n + 1, second, false)
+                               : appendItemInMainLane(a->asset, second, false, true);
+            // A sliver under the shortest clip is cleaned away at once; then there is no second half
+            // to take markers and envelope (and the clip now after the cut must not get them).
+            if (std::find(mainLane.begin(), mainLane.end(), b) != mainLane.end()) {
+                // Both halves hold every marker; each shows only those inside its own range.
+                b->markers.insert(b->markers.end(), a->markers.begin(), a->markers.end());
+                b->setVolumeKFs(a->volumeKFs->duplicate());
+                b->volumeKFs->keepKeyframesInTimeRange(b->range);
+            }
             attachedItems = std::move(keptAttached);
             a->volumeKFs->keepKeyframesInTimeRange(a->range);
         }
@@ -80,14 +82,17 @@ void AETimeLine::splitAttachedItem(const Item& item, double at, bool doUndoCallb
     }
     callUndo(doUndoCallback);
     const AETimeRange old = item->range.simpleRound();
-    const double end = isBGM ? std::min(item->outTime(), item->bgmOutTime) : simpleRound(item->range.o);
+    // Music ends in timeline time; the second half's range needs the same moment in asset time.
+    const double timelineEnd = std::min(item->outTime(), item->bgmOutTime);
+    const double end =
+        isBGM ? simpleRound(item->globalTimeToAssetTime(timelineEnd)) : simpleRound(item->range.o);
     item->range.o = simpleRound((t - item->inTime) + item->range.i);
     const double previousBgmOut = item->bgmOutTime;
     // Music measures its old length to its old end, so that the second half runs on to it.
     double length = old.duration();
     if (isBGM) {
         item->bgmOutTime = t;
-        length = end - item->inTime;
+        length = timelineEnd - item->inTime;
     }
     if (length - item->range.duration() > 0) {
         const AETimeRange second(item->range.o, end);

@@ -118,8 +118,12 @@ void AETimeLine::adjustAttachedItems(double startingFrom, double shiftBy) {
                 attachedItems.erase(attachedItems.begin() + static_cast<long>(k));
         }
     }
-    for (const auto& item : attachedItems)
-        if (item->inTime >= startingFrom) item->inTime += d;
+    for (const auto& item : attachedItems) {
+        if (item->inTime < startingFrom) continue;
+        item->inTime += d;
+        // Music moves whole: an end left behind would make it look empty to the next repair pass.
+        if (item->bgmOutTime > 0) item->bgmOutTime += d;
+    }
     AETimeLineLanesHelper::cleanLanes(*this);
     AETimeLineLanesHelper::setBGM(*this);
     setupLanes();
@@ -134,6 +138,8 @@ AETimeLine::Item AETimeLine::attachItem(const std::shared_ptr<AEAsset>& asset, i
     auto item = AETimeLineItem::make(asset, std::nullopt, lane, t, range);
     item->kfView->keyframeDragDelegate = keyframeDragDelegate;
     attachedItems.push_back(item);
+    // Music gets its end before it is placed, so that its lane is chosen for its real extent.
+    if (item->isBGM() && !isPartial) adjustBGM(false);
     if (!isPartial) {
         AETimeLineLanesHelper::putInFirstClearLane(*this, item);
         performAdjustments();

@@ -100,7 +100,8 @@ void AETimeLine::deleteOrDeactivate(bool deactivate) {
     const double o = simpleRound(std::min(range.o, getMainLaneOutTime()));
     int64_t a = getAssetInMainLane(i);
     const int64_t b = getAssetInMainLane(o);
-    if (a == -1) return;
+    // An empty range selects nothing (it would otherwise take the rest of the clip it lies in).
+    if (a == -1 || o <= i) return;
     int64_t last = b;
     // o on a cut: b is the clip after the selection.
     if (b > 0 && mainLane[static_cast<size_t>(b - 1)]->outTime() == o) last = b - 1;
@@ -114,9 +115,15 @@ void AETimeLine::deleteOrDeactivate(bool deactivate) {
         return;
     }
     if (i > first->inTime) {
+        const size_t before = mainLane.size();
         sliceMainLane(i, false);
-        a += 1;
-        last += 1;
+        if (mainLane.size() == before + 1) {
+            a += 1;
+            last += 1;
+        } else {
+            // One half was too short to keep and went at once: the clip at i is found again.
+            a = getAssetInMainLane(i);
+        }
     }
     if (last == -1 || last >= static_cast<int64_t>(mainLane.size()))
         last = static_cast<int64_t>(mainLane.size()) - 1;
@@ -166,20 +173,29 @@ void AETimeLine::copySelection() {
     // Temporary cuts at the ends, joined again below.
     bool slicedIn = false;
     bool slicedOut = false;
+    // A cut only counts when it made two halves: a half too short to keep goes at once.
+    const auto cutAt = [this](double t) {
+        const size_t before = mainLane.size();
+        sliceMainLane(t, false);
+        return mainLane.size() == before + 1;
+    };
     if (i > mainLane[static_cast<size_t>(a)]->inTime) {
-        sliceMainLane(i, false);
-        a += 1;
-        slicedIn = true;
+        slicedIn = cutAt(i);
+        a = slicedIn ? a + 1 : getAssetInMainLane(i);
     }
     // The clip that ends the selection, found as a delete finds it.
-    const int64_t b = getAssetInMainLane(o);
-    int64_t last = b;
-    if (b > 0 && mainLane[static_cast<size_t>(b - 1)]->outTime() == o) last = b - 1;
-    if (last < 0 || last >= static_cast<int64_t>(mainLane.size()))
-        last = static_cast<int64_t>(mainLane.size()) - 1;
+    const auto lastAt = [this](double t) {
+        const int64_t b = getAssetInMainLane(t);
+        int64_t found = b;
+        if (b > 0 && mainLane[static_cast<size_t>(b - 1)]->outTime() == t) found = b - 1;
+        if (found < 0 || found >= static_cast<int64_t>(mainLane.size()))
+            found = static_cast<int64_t>(mainLane.size()) - 1;
+        return found;
+    };
+    int64_t last = lastAt(o);
     if (mainLane[static_cast<size_t>(last)]->outTime() > o) {
-        sliceMainLane(o, false);
-        slicedOut = true;
+        slicedOut = cutAt(o);
+        if (!slicedOut) last = lastAt(o);
     }
     clipboardLane.clear();
     for (int64_t n = a; n <= last && n < static_cast<int64_t>(mainLane.size()); ++n) {
@@ -215,8 +231,10 @@ void AETimeLine::paste(double at) {
             n += 1;
         }
     }
-    // Unlike an insert, a paste leaves the attached items where they were.
+    // Unlike an insert, a paste leaves the attached items where they were; music ends are
+    // recomputed against the pasted jingles.
     refillMainLaneInTime();
+    adjustBGM();
     getRightBound();
     setInsetViewSize();
     mustDraw = true;

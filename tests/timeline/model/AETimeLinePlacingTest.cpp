@@ -132,12 +132,35 @@ TEST(AETimeLinePlacing, BackgroundMusicStretchesToTheNextJingleOrMusicAndFadesOu
     EXPECT_EQ(bgm->inTime, 17.0);
     EXPECT_EQ(bgm->bgmOutTime, 42.0) << "follows the jingle that moved";
 
+    // A split item moves whole with a ripple, but material moving away after it does not lengthen it.
     bgm->cutOnce = true;
     tl->removeItemInMainLane(0);
     EXPECT_EQ(bgm->inTime, 5.0);
-    EXPECT_EQ(bgm->bgmOutTime, 30.0) << "a split item's end only gets earlier";
-    tl->insertItemInMainLane(asset("intro2", 12), 0);
     EXPECT_EQ(bgm->bgmOutTime, 30.0);
+    tl->insertItemInMainLane(asset("intro2", 12), 0);
+    EXPECT_EQ(bgm->bgmOutTime, 42.0);
+    tl->insertItemInMainLane(asset("gap", 7), 2); // between the music's start and the jingle
+    EXPECT_EQ(tl->getNextJingle(bgm->inTime)->inTime, 49.0);
+    EXPECT_EQ(bgm->bgmOutTime, 42.0) << "its end only gets earlier";
+    expectInvariants(*tl);
+}
+
+TEST(AETimeLinePlacing, MusicMovedPastItsOldEndByAnInsertIsKept) {
+    auto tl = timeline();
+    fillMainLane(*tl, {30});
+    tl->appendItemInMainLane(asset("jingle", 10, AEAssetType::jingle));
+    fillMainLane(*tl, {40});
+    const auto bgm = tl->attachItem(music("bed", 20), -1, 20.0, std::nullopt, false, false);
+    ASSERT_EQ(bgm->bgmOutTime, 30.0);
+    tl->insertItemInMainLane(asset("intro", 15), 0);
+    ASSERT_EQ(tl->attachedItems.size(), 1u);
+    EXPECT_EQ(bgm->inTime, 35.0);
+    EXPECT_EQ(bgm->bgmOutTime, 45.0);
+
+    // Music is placed for the stretch it will cover, not the empty one it has before its end is known.
+    const auto fx = tl->attachItem(asset("fx", 5, AEAssetType::effect), -1, 60.0, std::nullopt, false, false);
+    const auto bed = tl->attachItem(music("bed2", 20), -1, 50.0, std::nullopt, false, false);
+    EXPECT_NE(fx->lane, bed->lane);
     expectInvariants(*tl);
 }
 
