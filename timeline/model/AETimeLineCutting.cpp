@@ -28,8 +28,7 @@ void AETimeLine::sliceMainLane(double at, bool doUndoCallback) {
     if (!mainLane.empty() && mainLane.back()->outTime() == at) return;
     const double t = simpleRound(at);
     qxLog("sliceMainLane @" + QString::number(t) + " (rounded)");
-    const std::optional<VSRange> visible =
-        virtualScroller ? std::optional<VSRange>(virtualScroller->visibleRange) : std::nullopt;
+    const VSRange visible = virtualScroller ? virtualScroller->visibleRange : VSRange{};
     callUndo(doUndoCallback);
     // The insertion below ripples the attached items; these copies go back in their place.
     Items keptAttached;
@@ -62,7 +61,7 @@ void AETimeLine::sliceMainLane(double at, bool doUndoCallback) {
             a->volumeKFs->keepKeyframesInTimeRange(a->range);
         }
     }
-    if (visible && virtualScroller) virtualScroller->setVisibleRange(visible->i, visible->o);
+    if (virtualScroller) virtualScroller->setVisibleRange(visible.i, visible.o);
     adjustItems();
     mustDraw = true;
     drawActiveCut(t);
