@@ -3,6 +3,8 @@
 // so that the decoder's buffers stay small. Readers never throw: a file that cannot be opened gives an
 // empty array, a read error the part read before it. Stateless; any thread.
 
+#include "dsp/StereoFloat.h"
+
 #include <QString>
 #include <cstdint>
 #include <functional>
@@ -17,6 +19,7 @@ public:
     static constexpr int64_t kSliceFrames = 0x100000;
     static inline const QString kReadLabel = "Progressive Read into Buffer";
     static inline const QString kSubsampleLabel = "Progressive Read into Buffer and Subsample";
+    static inline const QString kStereoLabel = "Progressive Read Audio File";
 
     // First channel, whole file, full scale ±1.0.
     static std::vector<float> readFileIntoFloatArray(const QString& path,
@@ -27,6 +30,29 @@ public:
     static std::vector<float> readFileIntoFloatArrayByURLAndSubsample(const QString& path, int subSampleBy,
                                                                       bool subSampleByMax = false,
                                                                       ProgressProtocol* delegate = nullptr);
+
+    // Both channels; a mono file gives its one channel twice, a file with more channels its first two.
+    static StereoFloat readFileIntoStereoFloat(const QString& path, ProgressProtocol* delegate = nullptr);
+    static StereoFloat readFileIntoFloatArrayByURLStereo(const QString& path,
+                                                         ProgressProtocol* delegate = nullptr);
+    static StereoFloat progressiveReadIntoStereoFloat(SndFile& file, int64_t sliceSize,
+                                                      ProgressProtocol* delegate = nullptr);
+
+    // Writers print "error: " and the reason and return; they never throw. The container follows the
+    // path's extension (WAV when libsndfile does not know it), so convertToWav has nothing left to do
+    // for a .wav path. Values beyond ±1.0 are clipped in integer formats, not wrapped.
+    // bitDepth 16 writes 16-bit PCM, anything else 32-bit float; one channel.
+    static void saveArrayIntoAudioFile(std::span<const float> sampleArray, int frequency, int bitDepth,
+                                       const QString& path, bool convertToWav = true);
+    static void saveArrayIntoAudioFile16(std::span<const float> sampleArray, int frequency,
+                                         const QString& path, bool convertToWav = true);
+    static void saveStereoArrayIntoAudioFile16(std::span<const float> sampleArrayL,
+                                               std::span<const float> sampleArrayR, int frequency,
+                                               const QString& path, bool convertToWav = true);
+    // Two 32-bit float mono files, path + ".l.wav" and path + ".r.wav", joined by the sound tool into
+    // path; the halves are removed afterwards.
+    static void saveStereoFloatToAudioFile(const StereoFloat& stereoFloat, int frequency,
+                                           const QString& path);
 
     // A channel the file does not have gives an empty array.
     static std::vector<float> progressiveReadIntoBuffer(SndFile& file, int64_t sliceSize, int channel,

@@ -4,6 +4,7 @@
 #include "foundation/QXTimer.h"
 #include "project/model/AEAsset.h"
 #include "timeline/model/AEDrag.h"
+#include "timeline/model/AEKeyframeView.h"
 #include "timeline/model/AELane.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/model/SimpleRound.h"
@@ -175,6 +176,27 @@ std::shared_ptr<AETimeLine> AETimeLine::duplicate() const {
     copy->mustDraw = mustDraw;
     copy->markeriInspectorOpen = markeriInspectorOpen;
     copy->playing = false;
+    return copy;
+}
+
+std::shared_ptr<AETimeLine> AETimeLine::detachedDuplicate() const {
+    auto copy = duplicate();
+    copy->view = nullptr;
+    copy->virtualScroller = nullptr;
+    copy->drag = std::make_shared<AEDrag>(*drag);
+    copy->lanes.clear();
+    for (const auto& lane : lanes)
+        copy->lanes.push_back(std::make_shared<AELane>(*lane));
+    copy->undoDoCallback = nullptr;
+    copy->hideEphemeralCallback = nullptr;
+    copy->keyframeDragDelegate = nullptr;
+    copy->triangleDelegate = nullptr;
+    copy->drawDelegate = nullptr;
+    copy->markerInspectorPresenter = nullptr;
+    copy->markerListUpdater = nullptr;
+    for (const Items* items : {&copy->mainLane, &copy->attachedItems})
+        for (const auto& item : *items)
+            if (item->kfView) item->kfView->keyframeDragDelegate = nullptr;
     return copy;
 }
 

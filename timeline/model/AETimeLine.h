@@ -138,6 +138,9 @@ public:
     const Items& getCollectedItems();
     double getSelectionDuration() const;
     std::shared_ptr<AETimeLine> duplicate() const;
+    // A duplicate that shares nothing the window holds (its own selection and lanes, no scroller, view
+    // or hooks), so that it may be edited off the main thread. Made on the main thread.
+    std::shared_ptr<AETimeLine> detachedDuplicate() const;
     // One undo snapshot, taken with the idle timers held.
     std::shared_ptr<AETimeLine> getStatus();
 

@@ -1,0 +1,204 @@
+// Exporting a generated 60-minute episode: 40 main-lane speech items of 90 s, two looping music beds
+// with volume envelopes on their own lanes, ten effects. Each export is timed once (a run takes
+// minutes); the baselines are timed in the same run on the same material:
+//   - Mp3Export against FFmpegEncodeAlone, ffmpeg encoding the final mix at 128 kbit/s, the floor of
+//     any MP3 export;
+//   - WavExport against SoxMixAlone, one "sox -m" of four files of the episode's length and format,
+//     standing for the lane files the export makes.
+// The counters hold each stage of the export in seconds.
+//
+// qxLog writes every line to standard output: run with stdout to /dev/null and the report in a
+// file, e.g. ExportBench >/dev/null --benchmark_out=export.txt --benchmark_out_format=console
+#include "project/model/AEAsset.h"
+#include "project/model/AEBGMSettings.h"
+#include "project/model/AEIngest.h"
+#include "recording/AudioProbes.h"
+#include "render/SoXer.h"
+#include "timeline/model/AEKeyframeList.h"
+#include "timeline/model/AETimeLine.h"
+#include "timeline/model/AETimeLineItem.h"
+#include "timeline/model/VirtualScroller.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+#include <cstdlib>
+
+namespace {
+
+constexpr int kSpeechItems = 40;
+constexpr double kSpeechSeconds = 90.0;
+constexpr int kEffects = 10;
+
+bool runTool(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    return process.waitForFinished(-1) && process.exitCode() == 0;
+}
+
+std::shared_ptr<AEAsset> fileAsset(const QString& file, AEAssetType type) {
+    AEAsset::Args args;
+    args.filePath = file;
+    args.type = type;
+    args.ingest = false;
+    args.generateSubsamples = false;
+    auto asset = AEAsset::make(args);
+    // Its own copy: reading it starts no ingest.
+    asset->ingestedFilePath = file;
+    asset->ingested = true;
+    return asset;
+}
+
+struct Episode {
+    QTemporaryDir dir;
+    std::shared_ptr<AETimeLine> timeline;
+    QString error;
+
+    QString path(const QString& name) const { return dir.path() + "/" + name; }
+
+    Episode() {
+        AEIngest::workFolder = dir.path() + "/";
+        AEIngest ingest(dir.path() + "/AssetIngests");
+        const QString sox = "/usr/bin/sox";
+        // Speech stands in as modulated pink noise: mono, 16 bits, like most voice recordings.
+        QStringList speech;
+        for (int i = 0; i < 4; ++i) {
+            speech << path("speech" + QString::number(i) + ".wav");
+            if (!runTool(sox, {"-n", "-r", "44100", "-c", "1", "-b", "16", speech.back(), "synth",
+                               QString::number(kSpeechSeconds), "pinknoise", "tremolo",
+                               QString::number(3 + i), "90", "vol", "0.3"}))
+                error = "cannot make speech";
+        }
+        QStringList beds;
+        for (int i = 0; i < 2; ++i) {
+            beds << path("bed" + QString::number(i) + ".wav");
+            if (!runTool(sox, {"-n", "-r", "44100", "-c", "2", "-b", "16", beds.back(), "synth", "30", "sine",
+                               QString::number(220 + 110 * i), "sine", "330", "vol", "0.2"}))
+                error = "cannot make music";
+        }
+        const QString effect = path("effect.wav");
+        if (!runTool(sox, {"-n", "-r", "44100", "-c", "2", "-b", "16", effect, "synth", "1.5", "sine", "1000",
+                           "fade", "0", "1.5", "1.2"}))
+            error = "cannot make an effect";
+
+        timeline = AETimeLine::make("bench");
+        timeline->setView(1000, 400, QPointF(0, 0));
+        timeline->setInsetViewSize();
+        timeline->virtualScroller->setTotalRange(0, 100000);
+        timeline->setViewportRange(0, 100);
+        std::vector<std::shared_ptr<AEAsset>> voices;
+        for (const QString& file : speech)
+            voices.push_back(fileAsset(file, AEAssetType::speech));
+        for (int i = 0; i < kSpeechItems; ++i)
+            timeline->appendItemInMainLane(voices[static_cast<size_t>(i % 4)], std::nullopt, false);
+        const double end = timeline->getMainLaneOutTime();
+        for (int i = 0; i < 2; ++i) {
+            auto bed = fileAsset(beds[i], AEAssetType::bgm);
+            bed->bgmSettings = std::make_shared<AEBGMSettings>(true, 5.0, false);
+            const double at = i * end / 2;
+            auto item = timeline->attachItem(bed, -1 - i, at, std::nullopt, false, false);
+            for (int k = 0; k < 6; ++k)
+                item->volumeKFs->setKeyframe(k * 240.0 + 10, k % 2 == 0 ? -6.0 : -18.0);
+        }
+        auto sting = fileAsset(effect, AEAssetType::effect);
+        for (int i = 0; i < kEffects; ++i)
+            timeline->attachItem(sting, 1, 60.0 + i * end / kEffects, std::nullopt, false, false);
+        timeline->adjustBGM();
+    }
+};
+
+Episode& episode() {
+    static Episode e;
+    return e;
+}
+
+void setStageCounters(benchmark::State& state, const SoXer& soxer) {
+    state.counters["mainLane_s"] = soxer.stageTimes.mainLane;
+    state.counters["lanes_s"] = soxer.stageTimes.lanes;
+    state.counters["mix_s"] = soxer.stageTimes.mix;
+    state.counters["encode_s"] = soxer.stageTimes.encode;
+}
+
+void exportTo(benchmark::State& state, const QString& name) {
+    Episode& e = episode();
+    if (!e.error.isEmpty()) {
+        state.SkipWithError(e.error.toStdString().c_str());
+        return;
+    }
+    for (auto _ : state) {
+        auto soxer = SoXer::make(e.path(name), 44100, 2, 16, e.timeline);
+        QElapsedTimer clock;
+        clock.start();
+        const bool done = soxer->perform();
+        state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / 1e9);
+        if (!done) state.SkipWithError("no result");
+        setStageCounters(state, *soxer);
+    }
+    state.counters["episode_s"] = aUt_getAudioDuration(e.path(name));
+}
+
+void WavExport(benchmark::State& state) {
+    exportTo(state, "episode.wav");
+}
+
+void Mp3Export(benchmark::State& state) {
+    exportTo(state, "episode.mp3");
+}
+
+void timeTool(benchmark::State& state, const QString& program, const QStringList& arguments) {
+    for (auto _ : state) {
+        QElapsedTimer clock;
+        clock.start();
+        if (!runTool(program, arguments)) state.SkipWithError("tool failed");
+        state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / 1e9);
+    }
+}
+
+void FFmpegEncodeAlone(benchmark::State& state) {
+    Episode& e = episode();
+    if (!QFileInfo::exists(e.path("episode.wav"))) {
+        state.SkipWithError("run WavExport first");
+        return;
+    }
+    timeTool(
+        state, "/usr/bin/ffmpeg",
+        {"-nostdin", "-v", "error", "-y", "-i", e.path("episode.wav"), "-b:a", "128k", e.path("floor.mp3")});
+}
+
+void SoxMixAlone(benchmark::State& state) {
+    Episode& e = episode();
+    const QString mix = e.path("episode.wav");
+    if (!QFileInfo::exists(mix)) {
+        state.SkipWithError("run WavExport first");
+        return;
+    }
+    timeTool(state, "/usr/bin/sox", {"-m", mix, mix, mix, mix, e.path("mixed.wav"), "gain", "8"});
+}
+
+} // namespace
+
+BENCHMARK(WavExport)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(SoxMixAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(Mp3Export)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(FFmpegEncodeAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+int main(int argc, char** argv) {
+    // The preferences and folders of this run go to a private home, never the user's.
+    static QTemporaryDir home(QDir::tempPath() + "/zendrel-bench-home-XXXXXX");
+    const QByteArray h = home.path().toUtf8();
+    setenv("HOME", h.constData(), 1);
+    setenv("XDG_CONFIG_HOME", (h + "/.config").constData(), 1);
+    setenv("XDG_DATA_HOME", (h + "/.local/share").constData(), 1);
+    setenv("XDG_CACHE_HOME", (h + "/.cache").constData(), 1);
+    setenv("XDG_DOCUMENTS_DIR", (h + "/Documents").constData(), 1);
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

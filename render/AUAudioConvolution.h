@@ -1,0 +1,36 @@
+#pragma once
+// Applies a volume envelope to a sound file with the program's own sample loop. A gain envelope,
+// not a convolution in the signal-processing sense: the name is the program's.
+
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+class AEKeyframeList;
+
+class AUAudioConvolution {
+public:
+    // A point of the envelope: seconds from the start of the file, level in dB.
+    struct GainPoint {
+        double time;
+        double db;
+    };
+
+    // Reads srcPath, shapes it with the keyframes (sorted by time first) and writes 32-bit float at
+    // the same rate to dstPath. Stereo files have their channels shaped on two threads and written as
+    // "<dst>.l.wav" and "<dst>.r.wav", joined by the sound tool and removed. An empty list copies the
+    // sound unchanged (plus the one extra sample).
+    static void convolution(const QString& srcPath, const QString& dstPath,
+                            const std::shared_ptr<AEKeyframeList>& volumeKFs);
+
+    // The envelope of one channel: points before 0 are dropped (the last point alone, moved to 0, when
+    // none is left); the first value holds from 0 and the last to the end; between points the
+    // amplitude multiplier runs linearly. The output has one sample more than the input, the last one
+    // repeated at the last level.
+    static std::vector<float> convolutionMonoV2(std::span<const float> samples, int frequency,
+                                                std::vector<GainPoint> points);
+    // samples × frequency, truncated.
+    static int64_t timeToSample(double time, int frequency);
+};

@@ -1,0 +1,102 @@
+#include "foundation/FUName.h"
+#include "foundation/FileUtils.h"
+#include "foundation/Log.h"
+#include "render/AUAudioConvolution.h"
+#include "render/SoXer.h"
+#include "render/tools/SoxCluster.h"
+#include "render/tools/SoxEdit.h"
+#include "timeline/model/AEKeyframeList.h"
+#include "timeline/model/AEKeyframeView.h"
+#include "timeline/model/AETimeLineItem.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <algorithm>
+
+namespace {
+
+// createCluster writes no silence up to this length; the envelope must not be shifted by it either.
+double writtenPadding(double silenceDuration) {
+    return silenceDuration > 0.01 ? silenceDuration : 0.0;
+}
+
+QString checkedSource(const QString& path) {
+    if (!QFileInfo(path).isFile()) qxLog("! " + path);
+    return path;
+}
+
+} // namespace
+
+std::shared_ptr<AEKeyframeList> SoXer::volumeKeyframes(const AETimeLineItem& item) const {
+    if (!item.kfView || !item.kfView->keyframes || item.kfView->keyframes->keyframes.empty()) return nullptr;
+    return item.kfView->keyframes;
+}
+
+void SoXer::timeLineItem2Cluster(const AETimeLineItem& item, const QString& path, double silenceDuration) {
+    const Source& source = sourceOf(item);
+    if (source.type == AEAssetType::bgm && source.loopable && source.duration > 0.01) {
+        loopableItemToCluster(item, path, silenceDuration);
+        return;
+    }
+    if (source.type == AEAssetType::silence) {
+        soxUt_generateSilence(path, destFrequency, destNChannels, item.range.duration());
+        return;
+    }
+    const auto keyframes = volumeKeyframes(item);
+    const QString clusterPath = keyframes ? FUName::addSuffix(path, "convolution") : path;
+    const double end = source.type == AEAssetType::bgm ? nonLoopableEnd(item) : item.range.o;
+    soxUt_createCluster(checkedSource(source.path), silenceDuration, item.range.i, end, 0, 0, clusterPath,
+                        false, source.volumeGain, destFrequency, destNChannels, destBitsPerSample);
+    if (!keyframes || !fu_fileExists(clusterPath)) return;
+    AUAudioConvolution::convolution(clusterPath, path,
+                                    keyframes->shiftInTime(item.range.i - writtenPadding(silenceDuration)));
+}
+
+void SoXer::loopableItemToCluster(const AETimeLineItem& item, const QString& path, double silenceDuration) {
+    const Source& source = sourceOf(item);
+    const QString src = checkedSource(source.path);
+    const QString stem = path.left(path.size() - QFileInfo(path).suffix().size() - 1);
+    QStringList pieces;
+    const auto piece = [&](double silence, double from, double to) {
+        const QString file = stem + QString::number(pieces.size()) + ".wav";
+        pieces << file;
+        soxUt_createCluster(src, silence, from, to, 0, 0, file, false, source.volumeGain, destFrequency,
+                            destNChannels, destBitsPerSample);
+    };
+    double remaining = item.bgmOutTime - item.inTime;
+    // The first pass starts where the item starts in the asset; the length it covers is what counts.
+    const double firstEnd = std::min(item.range.i + remaining, source.duration);
+    piece(silenceDuration, item.range.i, firstEnd);
+    remaining -= firstEnd - item.range.i;
+    while (remaining > source.duration) {
+        piece(0, 0, source.duration);
+        remaining -= source.duration;
+    }
+    if (remaining > 0.01) piece(0, 0, remaining);
+
+    const auto keyframes = volumeKeyframes(item);
+    const QString target = keyframes ? FUName::addSuffix(path, "convolution") : path;
+    soxUt_concatenate(pieces, target, destFrequency, destNChannels, destBitsPerSample, 0, source.fadeOut);
+    for (const QString& file : pieces)
+        fu_deleteFile(file);
+    if (!keyframes) return;
+    if (fu_fileExists(target))
+        AUAudioConvolution::convolution(
+            target, path, keyframes->shiftInTime(item.range.i - writtenPadding(silenceDuration)));
+    fu_deleteFile(target);
+}
+
+double SoXer::encodingPercentage(double elapsed, double outTime) {
+    // The encoder is expected to run at five times real time.
+    const double expected = std::max(outTime / 5.0, 1e-3);
+    double p = 30.0 + 70.0 * elapsed / expected;
+    if (p > 90.0) p = 90.0 + (p - 90.0) / 10.0;
+    return p;
+}
+
+void SoXer::updateBar() {
+    if (!mp3EncodingStarted) return;
+    const double elapsed =
+        static_cast<double>(mp3EncodingStart.msecsTo(QDateTime::currentDateTimeUtc())) / 1000.0;
+    report(encodingPercentage(elapsed, timelineOutTime_));
+}

@@ -1,0 +1,68 @@
+#include "render/AUAudioConvolution.h"
+
+#include "../recording/AudioFileMaker.h"
+#include "dsp/AUAudio.h"
+#include "dsp/Levels.h"
+#include "timeline/model/AEKeyframeList.h"
+
+#include <QFile>
+#include <gtest/gtest.h>
+
+namespace {
+using V = std::vector<float>;
+using P = AUAudioConvolution::GainPoint;
+const float kMinus6 = static_cast<float>(aUt_dbToDouble(-6));
+} // namespace
+
+TEST(AUAudioConvolutionEnvelope, OneMoreSampleThanTheInputRepeatingTheLast) {
+    // 4 samples at 4 Hz: one second; a single point holds everywhere.
+    const V out = AUAudioConvolution::convolutionMonoV2(V{1, 1, 1, 2}, 4, {{0.5, -6}});
+    ASSERT_EQ(out.size(), 5u);
+    for (size_t i = 0; i < 3; ++i)
+        EXPECT_FLOAT_EQ(out[i], kMinus6);
+    EXPECT_FLOAT_EQ(out[3], 2 * kMinus6);
+    EXPECT_FLOAT_EQ(out[4], 2 * kMinus6) << "the last sample once more at the last level";
+}
+
+TEST(AUAudioConvolutionEnvelope, PointsBeforeZeroGoUnlessNoneIsLeft) {
+    // Only the point at -1 s is before zero; the one at 0.5 s starts the list and holds back to 0.
+    V out = AUAudioConvolution::convolutionMonoV2(V(4, 1.0f), 4, {{-1.0, -40}, {0.5, -6}});
+    EXPECT_FLOAT_EQ(out[0], kMinus6);
+    // All before zero: the last one alone, moved to zero.
+    out = AUAudioConvolution::convolutionMonoV2(V(4, 1.0f), 4, {{-2.0, -40}, {-1.0, -6}});
+    EXPECT_FLOAT_EQ(out[0], kMinus6);
+    EXPECT_FLOAT_EQ(out[3], kMinus6);
+}
+
+TEST(AUAudioConvolutionEnvelope, LinearInAmplitudeBetweenPoints) {
+    // 8 samples at 8 Hz, from 0 dB at 0 s to -6 dB at 0.5 s, then held.
+    const V out = AUAudioConvolution::convolutionMonoV2(V(8, 1.0f), 8, {{0.0, 0}, {0.5, -6}});
+    ASSERT_EQ(out.size(), 9u);
+    EXPECT_FLOAT_EQ(out[0], 1.0f);
+    EXPECT_FLOAT_EQ(out[2], 1.0f + (kMinus6 - 1.0f) * 0.5f);
+    EXPECT_FLOAT_EQ(out[4], kMinus6);
+    EXPECT_FLOAT_EQ(out[7], kMinus6);
+    EXPECT_TRUE(AUAudioConvolution::convolutionMonoV2(V{}, 8, {{0.0, 0}}).empty());
+}
+
+TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeAndTheHalvesRemoved) {
+    AudioFileMaker make;
+    const QString src = make.path("src.wav");
+    AUAudio::saveStereoArrayIntoAudioFile16(V(44100, 0.5f), V(44100, -0.25f), 44100, src);
+    auto kfs = std::make_shared<AEKeyframeList>();
+    kfs->setKeyframe(0.0, -12.0);
+    kfs->setKeyframe(1.0, 0.0);
+    const QString dst = make.path("dst.wav");
+    AUAudioConvolution::convolution(src, dst, kfs);
+    const StereoFloat out = AUAudio::readFileIntoStereoFloat(dst);
+    ASSERT_EQ(out.l.size(), 44101u);
+    EXPECT_NEAR(out.l[0], 0.5 * aUt_dbToDouble(-12), 1e-4);
+    EXPECT_NEAR(out.r[0], -0.25 * aUt_dbToDouble(-12), 1e-4);
+    EXPECT_NEAR(out.l[22050], 0.5 * (aUt_dbToDouble(-12) + 1) / 2, 1e-4);
+    EXPECT_FALSE(QFile::exists(dst + ".l.wav"));
+    EXPECT_FALSE(QFile::exists(dst + ".r.wav"));
+
+    // A file that cannot be read leaves no destination.
+    AUAudioConvolution::convolution(make.path("nothing.wav"), make.path("none.wav"), kfs);
+    EXPECT_FALSE(QFile::exists(make.path("none.wav")));
+}

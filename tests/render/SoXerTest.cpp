@@ -1,0 +1,218 @@
+#include "RenderFixture.h"
+#include "project/model/AEAsset.h"
+#include "timeline/model/AEKeyframeView.h"
+
+#include <QDir>
+#include <QRegularExpression>
+
+namespace {
+
+constexpr double kOneMs = 0.001;
+// SoX dithers every 16-bit result of a mix or a bit-depth reduction (TPDF, a few steps of 1/32768).
+constexpr double kDither = 4.0 / 32768;
+
+void expectOnsetsAt(const std::vector<double>& found, const std::vector<double>& expected) {
+    ASSERT_EQ(found.size(), expected.size());
+    for (size_t i = 0; i < expected.size(); ++i)
+        EXPECT_NEAR(found[i], expected[i], kOneMs) << "click " << i;
+}
+
+QStringList entriesOf(const QString& folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class SoXerTest : public RenderFixture {
+protected:
+    std::shared_ptr<AETimeLine> tl = tlfixture::timeline();
+    // Results go to their own folder so that what is left beside them can be listed.
+    QString out(const QString& name) {
+        QDir(dir.path()).mkpath("out");
+        return path("out/" + name);
+    }
+    std::shared_ptr<AEAsset> silenceAsset() {
+        AEAsset::Args args;
+        args.type = AEAssetType::silence;
+        return AEAsset::make(args);
+    }
+};
+
+TEST_F(SoXerTest, ItemsOnEveryLaneStartAtTheirTimelineTime) {
+    const auto c1 = fileAsset(click("c1.wav", 1.0));
+    const auto c2 = fileAsset(click("c2.wav", 1.5));
+    tl->appendItemInMainLane(c1, std::nullopt, false);
+    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 0.75), false);
+    tl->appendItemInMainLane(c2, std::nullopt, false);
+    tl->appendItemInMainLane(c1, std::nullopt, false); // main lane: clicks at 0, 1.75, 3.25
+    // Three items that overlap in 2.25…3.25 must sit on three lanes.
+    tl->attachItem(fileAsset(click("e1.wav", 3.0), AEAssetType::effect), 1, 0.5, std::nullopt, false, false);
+    tl->attachItem(fileAsset(click("j1.wav", 2.0), AEAssetType::jingle), 2, 1.25, std::nullopt, false, false);
+    tl->attachItem(fileAsset(click("a1.wav", 1.0), AEAssetType::ad), -1, 2.25, std::nullopt, false, false);
+    tl->attachItem(fileAsset(click("e2.wav", 0.5), AEAssetType::effect), 1, 3.75, std::nullopt, false, false);
+    const QString dest = out("mix.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    const Decoded d = decode(dest);
+    ASSERT_EQ(d.channels, 2);
+    EXPECT_EQ(d.rate, 44100);
+    // Four files mixed: each is divided by four and the mix gets "gain 8" back.
+    expectOnsetsAt(onsets(d), {0.0, 0.5, 1.25, 1.75, 2.25, 3.25, 3.75});
+    EXPECT_LE(d.peak(0, 0.76, 1.2), kDither) << "the silence item and the gaps are silent but for the dither";
+    EXPECT_EQ(entriesOf(path("out")), QStringList{"mix.wav"}) << "nothing left beside the result";
+    const QStringList mixes = logged().filter(QRegularExpression("^\\S+ -m "));
+    ASSERT_EQ(mixes.size(), 1);
+    EXPECT_EQ(mixes[0].count(".wav"), 5) << "the main lane, three lanes and the result";
+    EXPECT_TRUE(mixes[0].endsWith(" gain 8")) << mixes[0].toStdString();
+}
+
+TEST_F(SoXerTest, OnlyTheMainLaneIsRenamedNotMixedAndKeepsTheAssetGain) {
+    const auto loud = fileAsset(level("half.wav", 1.0, 0.5f));
+    loud->volumeGain = -6.0;
+    tl->appendItemInMainLane(loud, std::nullopt, false);
+    const QString dest = out("main.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 1, 16, tl)));
+    const Decoded d = decode(dest);
+    EXPECT_NEAR(d.seconds(), 1.0, kOneMs);
+    EXPECT_NEAR(20 * std::log10(d.peak(0, 0.1, 0.9) / 0.5), -6.0, 0.05);
+    EXPECT_TRUE(logged().filter(QRegularExpression("^\\S+ -m ")).isEmpty());
+}
+
+TEST_F(SoXerTest, AVolumeEnvelopeIsAppliedSampleBySample) {
+    const auto flat = fileAsset(level("flat.wav", 3.0, 0.5f));
+    auto item = tl->appendItemInMainLane(flat, std::nullopt, false);
+    ASSERT_EQ(item->kfView->keyframes, item->volumeKFs);
+    item->volumeKFs->setKeyframe(1.0, -12.0);
+    item->volumeKFs->setKeyframe(2.0, 0.0);
+    const QString dest = out("env.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 1, 16, tl)));
+    const Decoded d = decode(dest);
+    const auto at = [&](double t) { return d.samples[static_cast<size_t>(t * 44100)]; };
+    const auto db = [&](double t) { return 20 * std::log10(at(t) / 0.5); };
+    EXPECT_NEAR(db(0.5), -12.0, 0.1) << "the first level holds from the start";
+    EXPECT_NEAR(db(1.0), -12.0, 0.1);
+    EXPECT_NEAR(db(2.0), 0.0, 0.1);
+    EXPECT_NEAR(db(2.9), 0.0, 0.1) << "the last level holds to the end";
+    // Linear in amplitude between the points, not in dB.
+    const double mid = 0.5 * (std::pow(10, -12.0 / 20) + 1.0) * 0.5;
+    EXPECT_NEAR(at(1.5), mid, 2.0 / 32767);
+    EXPECT_NEAR(at(1.25), 0.5 * (std::pow(10, -12.0 / 20) * 0.75 + 0.25), 2.0 / 32767);
+}
+
+TEST_F(SoXerTest, LoopingMusicFillsItsSpanAndFadesOut) {
+    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 4.0), false);
+    const auto bgm = fileAsset(tone("loop.wav", 1.0, 440, 44100, 2), AEAssetType::bgm);
+    bgm->bgmSettings = std::make_shared<AEBGMSettings>(true, 0.5, false);
+    auto item = tl->attachItem(bgm, 1, 0.5, std::nullopt, false, false);
+    tl->adjustBGM();
+    ASSERT_EQ(item->bgmOutTime, 4.0);
+    const QString dest = out("bgm.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    const Decoded d = decode(dest);
+    EXPECT_NEAR(d.seconds(), 4.0, kOneMs);
+    EXPECT_LE(d.peak(0, 0.0, 0.499), kDither);
+    expectOnsetsAt(onsets(d, 0.01), {0.5});
+    const double steady = d.rmsDb(0, 1.0, 3.0);
+    EXPECT_NEAR(d.rmsDb(0, 2.5, 3.4), steady, 0.2) << "the loop joins without a gap";
+    EXPECT_LT(d.rmsDb(0, 3.75, 3.9), steady - 6) << "fading out over the last half second";
+    EXPECT_LT(d.peak(0, 3.99, 4.0), 0.01);
+}
+
+TEST_F(SoXerTest, MusicLongerThanItsSpanIsOnePieceAndEndsOnTime) {
+    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 2.0), false);
+    const auto bgm = fileAsset(tone("long.wav", 5.0, 440, 44100, 2), AEAssetType::bgm);
+    bgm->bgmSettings = std::make_shared<AEBGMSettings>(true, 0.25, false);
+    tl->attachItem(bgm, 1, 0.0, std::nullopt, false, false);
+    tl->adjustBGM();
+    const QString dest = out("one.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    EXPECT_NEAR(decode(dest).seconds(), 2.0, kOneMs);
+    EXPECT_TRUE(logged().filter("long1.wav").isEmpty()) << "no second piece";
+}
+
+TEST_F(SoXerTest, ShortItemsAreSkippedButTheirLaneKeepsTime) {
+    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 3.0), false);
+    const auto c = fileAsset(click("c.wav", 0.5), AEAssetType::effect);
+    tl->attachItem(c, 1, 0.5, std::nullopt, false, false);
+    tl->attachItem(c, 1, 1.25, AETimeRange(0, 0.005), false, false);
+    tl->attachItem(c, 1, 2.0, std::nullopt, false, false);
+    const QString dest = out("short.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    expectOnsetsAt(onsets(decode(dest)), {0.5, 2.0});
+}
+
+TEST_F(SoXerTest, SixLanesAreMixedWithoutGain) {
+    tl->appendItemInMainLane(fileAsset(level("m.wav", 1.0, 0.6f)), std::nullopt, false);
+    for (int lane = 1; lane <= 5; ++lane)
+        tl->attachItem(fileAsset(level("l" + QString::number(lane) + ".wav", 1.0, 0.6f), AEAssetType::effect),
+                       lane, 0.0, std::nullopt, false, false);
+    const QString dest = out("six.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 1, 16, tl)));
+    // Six inputs of 0.6, each divided by six by the mixer and nothing added back.
+    EXPECT_NEAR(decode(dest).peak(0, 0.1, 0.9), 0.6, 0.002);
+}
+
+TEST_F(SoXerTest, AMissingSourceWarnsAndTheRenderStillFinishes) {
+    const auto c = fileAsset(click("c.wav", 1.0));
+    tl->appendItemInMainLane(c, std::nullopt, false);
+    tl->appendItemInMainLane(c, std::nullopt, false);
+    auto gone = fileAsset(click("gone.wav", 0.5), AEAssetType::effect);
+    QFile::remove(gone->originalFilePath);
+    tl->attachItem(gone, 1, 0.25, std::nullopt, false, false);
+    tl->attachItem(c, 1, 1.5, AETimeRange(0, 0.5), false, false);
+    const QString dest = out("missing.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    EXPECT_FALSE(transcript().filter("SHX ERROR").isEmpty());
+    // The lane closes up over the missing item and the silence before it: the next click comes early.
+    expectOnsetsAt(onsets(decode(dest)), {0.0, 0.75, 1.0});
+}
+
+TEST_F(SoXerTest, AnEmptyTimelineGivesNoFileAndLeavesNothing) {
+    const QString dest = out("empty.wav");
+    EXPECT_FALSE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    EXPECT_TRUE(entriesOf(path("out")).isEmpty());
+}
+
+TEST_F(SoXerTest, AFolderThatCannotBeWrittenFailsCleanly) {
+    tl->appendItemInMainLane(fileAsset(click("c.wav", 1.0)), std::nullopt, false);
+    // A file where the folder should be: refused even to root.
+    QFile blocker(path("out"));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    const QString dest = path("out/x.wav");
+    EXPECT_FALSE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    EXPECT_FALSE(QFileInfo::exists(dest));
+    EXPECT_TRUE(QFileInfo(path("out")).isFile());
+    EXPECT_FALSE(transcript().filter("Export Error").isEmpty()) << "the person is told";
+}
+
+TEST_F(SoXerTest, ADestinationWithBlanksAndNonAsciiAndAnMp3WithChapters) {
+    QDir(dir.path()).mkpath("out/Épisode 1 «été»");
+    QFile mine(path("out/Épisode 1 «été»/Show #1; \"final\".wav"));
+    ASSERT_TRUE(mine.open(QIODevice::WriteOnly));
+    mine.write("the user's own file");
+    mine.close();
+    tl->appendItemInMainLane(fileAsset(tone("t.wav", 3.0)), std::nullopt, false);
+    tl->attachItem(fileAsset(click("c.wav", 0.5), AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
+    const QString dest = path("out/Épisode 1 «été»/Show #1; \"final\".mp3");
+    auto soxer = SoXer::make(dest, 44100, 2, 16, tl, "Title = \"one\"; #1", "notes");
+    soxer->chapters = {QXMp3Chapter{0.0f, 1.49f, "Intro"}, QXMp3Chapter{1.5f, 3.0f, "Main"}};
+    ASSERT_TRUE(render(soxer));
+    EXPECT_EQ(entriesOf(path("out/Épisode 1 «été»")),
+              (QStringList{"Show #1; \"final\".mp3", "Show #1; \"final\".wav"}));
+    EXPECT_EQ(QFileInfo(mine).size(), 19) << "a WAV of the same name is not the encoder's input";
+    EXPECT_EQ(probe(dest, "codec_name"), "mp3");
+    QProcess ffprobe;
+    ffprobe.start("/usr/bin/ffprobe", {"-v", "error", "-show_chapters", "-show_entries", "format_tags=title",
+                                       "-of", "compact", dest});
+    ffprobe.waitForFinished(30000);
+    const QString report = QString::fromUtf8(ffprobe.readAllStandardOutput());
+    EXPECT_TRUE(report.contains("start_time=1.500000")) << report.toStdString();
+    EXPECT_TRUE(report.contains("Title = \"one\"; #1")) << report.toStdString();
+}
+
+TEST(SoXerProgress, TheEncoderBarCreepsPastNinety) {
+    EXPECT_DOUBLE_EQ(SoXer::encodingPercentage(0, 100), 30.0);
+    EXPECT_DOUBLE_EQ(SoXer::encodingPercentage(10, 100), 65.0); // half of the expected 20 s
+    EXPECT_DOUBLE_EQ(SoXer::encodingPercentage(20, 100), 90.0 + (100.0 - 90.0) / 10);
+    EXPECT_LT(SoXer::encodingPercentage(40, 100), 100.0);
+}
