@@ -10,6 +10,7 @@
 #include "foundation/QXTimer.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "render/Mp3.h"
 #include "ui/AEColors.h"
 #include "ui/MinimalProgressBar.h"
 
@@ -65,6 +66,7 @@ void ZendrelSplashVC::showEvent(QShowEvent* event) {
 
 void ZendrelSplashVC::viewDidAppear() {
     AEPreferences::load();
+    Mp3::loadSettings();
     qxLog("ZendrelSplashVC: workFolder " + workFolder_readAtStartup());
     window()->setWindowTitle("");
     bootTimer_ = QXTimer::fireOnce(kBootDelaySeconds, false, [boot = bootStep_] {
