@@ -26,3 +26,7 @@ int64_t SndFile::readFrames(float* buffer, int64_t frames) {
     const sf_count_t got = sf_readf_float(handle_.get(), buffer, frames);
     return got < 0 ? 0 : got;
 }
+
+bool SndFile::seek(int64_t frame) {
+    return handle_ && sf_seek(handle_.get(), frame, SEEK_SET) == frame;
+}

@@ -23,6 +23,8 @@ public:
     // cut MP3 keeps its full-length header). For sizing buffers, not for reading.
     int64_t plausibleFrames() const;
 
+    // Moves the read position to `frame` from the start; false when the file cannot seek there.
+    bool seek(int64_t frame);
     // Interleaved frames into `buffer` (room for frames × channels); the count read, short at the end
     // of the data or on a read error.
     int64_t readFrames(float* buffer, int64_t frames);
