@@ -1,0 +1,47 @@
+#include "playback/engine/AudioEngine.h"
+
+#include <chrono>
+
+AudioEngine::~AudioEngine() {
+    stop();
+}
+
+void AudioEngine::stop() {
+    stopping_ = true;
+    if (thread_.joinable()) thread_.join();
+    stopping_ = false;
+    mode_ = Mode::stopped;
+}
+
+void AudioEngine::startNullOutput() {
+    stop();
+    mode_ = Mode::null;
+    thread_ = std::thread([this] { runNullOutput(); });
+}
+
+void AudioEngine::startOffline() {
+    stop();
+    mode_ = Mode::offline;
+}
+
+std::vector<float> AudioEngine::renderOffline(int64_t frames) {
+    if (mode_ != Mode::offline || frames <= 0) return {};
+    std::vector<float> out(static_cast<size_t>(frames * Mixer::kChannels));
+    mixer_.render(out.data(), frames);
+    framesPlayed_ += frames;
+    return out;
+}
+
+void AudioEngine::runNullOutput() {
+    using Clock = std::chrono::steady_clock;
+    std::vector<float> block(static_cast<size_t>(kNullBlockFrames * Mixer::kChannels));
+    const auto blockTime = std::chrono::microseconds(1'000'000 * kNullBlockFrames / kRate);
+    // Deadlines from a fixed origin, so sleeping late now and then cannot make the clock drift.
+    const Clock::time_point origin = Clock::now();
+    int64_t blocks = 0;
+    while (!stopping_) {
+        mixer_.render(block.data(), kNullBlockFrames);
+        framesPlayed_ += kNullBlockFrames;
+        std::this_thread::sleep_until(origin + ++blocks * blockTime);
+    }
+}

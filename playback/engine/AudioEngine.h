@@ -1,0 +1,52 @@
+#pragma once
+// The one output stream of the application: a mixer and what consumes its sound. Until a device is
+// opened, the null output consumes at the engine's rate by the wall clock, so transport, end
+// callbacks, fades and meters behave as with a device (CI, a server, a muted session). Offline mode
+// has no thread at all: the caller renders, and the clock is the number of frames rendered, for
+// tests.
+
+#include "playback/engine/Mixer.h"
+
+#include <atomic>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+class AudioEngine {
+public:
+    static constexpr int kRate = 44100;
+    // The null output's block: 10 ms.
+    static constexpr int64_t kNullBlockFrames = kRate / 100;
+
+    enum class Mode { stopped, null, offline };
+
+    AudioEngine() = default;
+    ~AudioEngine();
+    AudioEngine(const AudioEngine&) = delete;
+    AudioEngine& operator=(const AudioEngine&) = delete;
+
+    Mixer& mixer() { return mixer_; }
+    Mode mode() const { return mode_.load(); }
+
+    // Control thread. Each stops what ran before; the clock goes on from where it was.
+    void startNullOutput();
+    void startOffline();
+    void stop();
+
+    // Offline mode only: `frames` frames of the mix, interleaved stereo; the clock advances by them.
+    // Empty in any other mode.
+    std::vector<float> renderOffline(int64_t frames);
+
+    // Frames consumed by the output since the engine was made.
+    int64_t framesPlayed() const { return framesPlayed_.load(); }
+    double secondsPlayed() const { return static_cast<double>(framesPlayed()) / kRate; }
+
+private:
+    void runNullOutput();
+
+    Mixer mixer_;
+    std::atomic<Mode> mode_{Mode::stopped};
+    std::atomic<bool> stopping_{false};
+    std::atomic<int64_t> framesPlayed_{0};
+    std::thread thread_;
+};
