@@ -8,6 +8,7 @@ Mixer::Mixer() : scratch_(static_cast<size_t>(kBlockFrames * kChannels)) {}
 
 int Mixer::addVoice(std::shared_ptr<VoiceSource> source, float gain) {
     if (!source) return -1;
+    std::lock_guard lock(ownersMutex_);
     for (int i = 0; i < kMaxVoices; ++i) {
         if (owners_[static_cast<size_t>(i)]) continue;
         Slot& slot = slots_[static_cast<size_t>(i)];
@@ -24,7 +25,9 @@ int Mixer::addVoice(std::shared_ptr<VoiceSource> source, float gain) {
 }
 
 void Mixer::removeVoice(int voice) {
-    if (voice < 0 || voice >= kMaxVoices || !owners_[static_cast<size_t>(voice)]) return;
+    if (voice < 0 || voice >= kMaxVoices) return;
+    std::lock_guard lock(ownersMutex_);
+    if (!owners_[static_cast<size_t>(voice)]) return;
     Slot& slot = slots_[static_cast<size_t>(voice)];
     slot.source.store(nullptr);
     // At most one block: the audio thread is inside this slot's pull.

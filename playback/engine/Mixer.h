@@ -1,6 +1,7 @@
 #pragma once
 // The real-time sum of the voices. render() runs on the audio thread and takes no lock, allocates
-// nothing and reads no file; every other member belongs to one control thread at a time.
+// nothing and reads no file; the other members may be called from any thread but the audio one (a
+// lock guards the slots' owners, and the settings of a voice are atomics).
 //
 // A voice's source is handed over through an atomic pointer. The audio thread marks a slot in use
 // before it reads the pointer and unmarks it after the pull; removeVoice clears the pointer and then
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 class Mixer {
@@ -65,6 +67,7 @@ private:
     void mixSlot(Slot& slot, VoiceSource& source, float* out, int64_t frames) noexcept;
 
     std::array<Slot, kMaxVoices> slots_;
-    std::array<std::shared_ptr<VoiceSource>, kMaxVoices> owners_; // control side
+    std::mutex ownersMutex_;
+    std::array<std::shared_ptr<VoiceSource>, kMaxVoices> owners_; // under ownersMutex_
     std::vector<float> scratch_;                                  // audio side, sized once
 };
