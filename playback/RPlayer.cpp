@@ -83,7 +83,7 @@ void RPlayer::play(double rate, bool doPolling, std::optional<double> stopAt,
     const double from = currentTime();
     removeVoice();
     rate_ = rate;
-    stream_ = StreamingFile::open(filePath, {from, std::nullopt, loop});
+    stream_ = StreamingFile::open(filePath, {from, std::nullopt, loop, rate});
     playStarted_ = true;
     if (!stream_) {
         // Nothing left to play (a position past the end, a missing file): the end, at once.

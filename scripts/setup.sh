@@ -9,7 +9,7 @@ shift || true
 packages=(
   g++ cmake ninja-build pkg-config git
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-multimedia-dev libgl-dev
-  libsndfile1-dev libfftw3-dev libtag1-dev
+  libsndfile1-dev libfftw3-dev libtag1-dev libsoundtouch-dev
   sox libsox-fmt-all ffmpeg kid3-cli zip unzip curl espeak-ng
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth python3 clang-format

@@ -2,6 +2,7 @@
 
 #include "dsp/SndFile.h"
 
+#include <SoundTouch.h>
 #include <algorithm>
 #include <chrono>
 #include <vector>
@@ -39,7 +40,8 @@ double StreamingFile::durationSeconds() const {
 }
 
 double StreamingFile::positionSeconds() const {
-    const int64_t consumed = consumed_.load();
+    // At another speed each frame heard stands for `rate` frames of the file.
+    const auto consumed = static_cast<int64_t>(static_cast<double>(consumed_.load()) * options_.rate);
     const int64_t firstPass = endFrame_ - startFrame_;
     int64_t frame = startFrame_ + consumed;
     if (options_.loop && consumed >= firstPass) frame = (consumed - firstPass) % endFrame_;
@@ -55,8 +57,29 @@ void StreamingFile::work() {
     const int channels = file.channels();
     std::vector<float> in(static_cast<size_t>(kChunkFrames * channels));
     std::vector<float> out(static_cast<size_t>(kChunkFrames * 2));
+    std::unique_ptr<soundtouch::SoundTouch> stretch;
+    if (options_.rate != 1.0) {
+        stretch = std::make_unique<soundtouch::SoundTouch>();
+        stretch->setSampleRate(static_cast<unsigned>(rate_));
+        stretch->setChannels(2);
+        stretch->setTempo(options_.rate);
+    }
+    // Time-stretched frames waiting for room in the ring.
+    std::vector<float> stretched(out.size());
     int64_t at = startFrame_;
+    bool fileDone = false;
     while (!stop_) {
+        if (stretch && stretch->numSamples() > 0) {
+            if (ring_->writable() < stretched.size()) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                continue;
+            }
+            const unsigned got =
+                stretch->receiveSamples(stretched.data(), static_cast<unsigned>(kChunkFrames));
+            ring_->write(stretched.data(), static_cast<size_t>(got) * 2);
+            continue;
+        }
+        if (fileDone) break;
         if (ring_->writable() < out.size()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
             continue;
@@ -65,7 +88,12 @@ void StreamingFile::work() {
         const int64_t got = want > 0 ? file.readFrames(in.data(), want) : 0;
         if (got <= 0) {
             // The end, or a read error, which ends the file the same way.
-            if (!options_.loop || !file.seek(0)) break;
+            if (!options_.loop || !file.seek(0)) {
+                // What the stretcher still holds comes out before the end.
+                if (stretch) stretch->flush();
+                fileDone = true;
+                continue;
+            }
             at = 0;
             continue;
         }
@@ -74,7 +102,10 @@ void StreamingFile::work() {
             out[static_cast<size_t>(2 * f)] = in[static_cast<size_t>(f * channels)];
             out[static_cast<size_t>(2 * f + 1)] = in[static_cast<size_t>(f * channels + right)];
         }
-        ring_->write(out.data(), static_cast<size_t>(got * 2));
+        if (stretch)
+            stretch->putSamples(out.data(), static_cast<unsigned>(got));
+        else
+            ring_->write(out.data(), static_cast<size_t>(got * 2));
         at += got;
     }
     decodedAll_.store(true, std::memory_order_release);

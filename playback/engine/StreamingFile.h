@@ -1,7 +1,8 @@
 #pragma once
 // A sound file played from disk: a worker thread decodes ahead into a ring of about two seconds, so
 // memory does not grow with the file, and the audio thread only copies out of the ring. Mono files
-// play on both channels; the file's own rate is kept (conversion comes with the rate control).
+// play on both channels; the file's own sample rate is kept. A speed other than 1.0 is made in the
+// worker by time-stretching, which keeps the pitch.
 
 #include "playback/engine/SpscRing.h"
 #include "playback/engine/VoiceSource.h"
@@ -20,6 +21,8 @@ public:
         std::optional<double> stopSeconds;
         // From the end (or stopSeconds) back to the start of the file.
         bool loop = false;
+        // Speed with the pitch kept; at 1.0 the samples pass untouched.
+        double rate = 1.0;
     };
 
     static constexpr double kReadAheadSeconds = 2.0;

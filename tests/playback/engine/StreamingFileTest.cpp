@@ -80,3 +80,38 @@ TEST(StreamingFile, NothingToPlayGivesNoSource) {
     // Dropped at once, while the worker may still be decoding: it stops and joins.
     EXPECT_TRUE(StreamingFile::open(path, {}));
 }
+
+namespace {
+// Frequency from the zero crossings of the left channel.
+double frequencyOf(const std::vector<float>& stereo, int64_t frames) {
+    int crossings = 0;
+    for (int64_t i = 1; i < frames; ++i)
+        if ((stereo[static_cast<size_t>(2 * (i - 1))] < 0) != (stereo[static_cast<size_t>(2 * i)] < 0))
+            ++crossings;
+    return crossings / 2.0 / (static_cast<double>(frames) / 44100);
+}
+} // namespace
+
+TEST(StreamingFile, FasterKeepsThePitchAndTheFilePosition) {
+    AudioFileMaker make;
+    const QString tone = make.sine("tone.wav", 44100, 1, 16, 6.0, -6.0);
+    auto normal = StreamingFile::open(tone, {});
+    auto faster = StreamingFile::open(tone, {0.0, std::nullopt, false, 1.5});
+    ASSERT_TRUE(normal && faster);
+    int64_t delivered = 0;
+    const auto plain = pullAll(*normal, 44100, delivered);
+    const std::vector<float> file = AUAudio::readFileIntoFloatArray(tone);
+    int differing = 0;
+    for (size_t i = 0; i < 44100; ++i)
+        differing += plain[2 * i] != file[i];
+    EXPECT_EQ(differing, 0) << "at 1.0 the samples pass untouched";
+    const auto quick = pullAll(*faster, 2 * 44100, delivered);
+    ASSERT_EQ(delivered, 2 * 44100);
+    // Past the stretcher's start-up, the same pitch.
+    const std::vector<float> steady(quick.begin() + 2 * 22050, quick.end());
+    EXPECT_NEAR(frequencyOf(steady, static_cast<int64_t>(steady.size() / 2)), 440.0, 5.0);
+    EXPECT_NEAR(faster->positionSeconds(), 3.0, 0.001) << "two seconds heard are three of the file";
+    // Six seconds at 1.5 end after about four.
+    pullAll(*faster, 3 * 44100, delivered);
+    EXPECT_NEAR(static_cast<double>(delivered) / 44100, 2.0, 0.1);
+}
