@@ -9,6 +9,7 @@
 //
 // qxLog writes every line to standard output: run with stdout to /dev/null and the report in a
 // file, e.g. ExportBench >/dev/null --benchmark_out=export.txt --benchmark_out_format=console
+#include "BenchMain.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEBGMSettings.h"
 #include "project/model/AEIngest.h"
@@ -19,14 +20,12 @@
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/model/VirtualScroller.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
-#include <cstdlib>
 
 namespace {
 
@@ -189,16 +188,5 @@ BENCHMARK(Mp3Export)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 BENCHMARK(FFmpegEncodeAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
 int main(int argc, char** argv) {
-    // The preferences and folders of this run go to a private home, never the user's.
-    static QTemporaryDir home(QDir::tempPath() + "/zendrel-bench-home-XXXXXX");
-    const QByteArray h = home.path().toUtf8();
-    setenv("HOME", h.constData(), 1);
-    setenv("XDG_CONFIG_HOME", (h + "/.config").constData(), 1);
-    setenv("XDG_DATA_HOME", (h + "/.local/share").constData(), 1);
-    setenv("XDG_CACHE_HOME", (h + "/.cache").constData(), 1);
-    setenv("XDG_DOCUMENTS_DIR", (h + "/Documents").constData(), 1);
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runBenchmarks(argc, argv);
 }

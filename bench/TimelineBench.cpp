@@ -5,6 +5,7 @@
 //
 // qxLog writes every line to standard output: run with stdout to /dev/null and the report in a
 // file, e.g. TimelineBench >/dev/null --benchmark_out=timeline.txt --benchmark_out_format=console
+#include "BenchMain.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEBGMSettings.h"
@@ -18,12 +19,10 @@
 #include "timeline/model/VirtualScroller.h"
 
 #include <QByteArray>
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -250,16 +249,5 @@ BENCHMARK(BM_Load)->Unit(benchmark::kMicrosecond);
 } // namespace
 
 int main(int argc, char** argv) {
-    // The preferences and folders of this run go to a private home, never the user's.
-    static QTemporaryDir home(QDir::tempPath() + "/zendrel-bench-home-XXXXXX");
-    const QByteArray h = home.path().toUtf8();
-    setenv("HOME", h.constData(), 1);
-    setenv("XDG_CONFIG_HOME", (h + "/.config").constData(), 1);
-    setenv("XDG_DATA_HOME", (h + "/.local/share").constData(), 1);
-    setenv("XDG_CACHE_HOME", (h + "/.cache").constData(), 1);
-    setenv("XDG_DOCUMENTS_DIR", (h + "/Documents").constData(), 1);
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runBenchmarks(argc, argv);
 }

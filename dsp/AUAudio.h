@@ -49,8 +49,8 @@ public:
     static void saveStereoArrayIntoAudioFile16(std::span<const float> sampleArrayL,
                                                std::span<const float> sampleArrayR, int frequency,
                                                const QString& path, bool convertToWav = true);
-    // Two 32-bit float mono files, path + ".l.wav" and path + ".r.wav", joined by the sound tool into
-    // path; the halves are removed afterwards.
+    // Two 32-bit float mono files, path + ".l.wav" and path + ".r.wav", written on two threads and
+    // joined by the sound tool into path; the halves are removed afterwards.
     static void saveStereoFloatToAudioFile(const StereoFloat& stereoFloat, int frequency,
                                            const QString& path);
 

@@ -1,4 +1,5 @@
 #include "dsp/AUAudio.h"
+#include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Log.h"
 #include "render/tools/SoxChannels.h"
@@ -77,8 +78,8 @@ void AUAudio::saveStereoArrayIntoAudioFile16(std::span<const float> sampleArrayL
 void AUAudio::saveStereoFloatToAudioFile(const StereoFloat& stereoFloat, int frequency, const QString& path) {
     const QString left = path + ".l.wav";
     const QString right = path + ".r.wav";
-    saveArrayIntoAudioFile(stereoFloat.l, frequency, 32, left);
-    saveArrayIntoAudioFile(stereoFloat.r, frequency, 32, right);
+    Parallelize::execute([&] { saveArrayIntoAudioFile(stereoFloat.r, frequency, 32, right); },
+                         [&] { saveArrayIntoAudioFile(stereoFloat.l, frequency, 32, left); });
     soxUt_combineLRChannels(left, right, path);
     fu_deleteFile(left);
     fu_deleteFile(right);

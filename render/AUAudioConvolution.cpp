@@ -4,10 +4,8 @@
 #include "dsp/ArrayUtils.h"
 #include "dsp/Levels.h"
 #include "foundation/Execution.h"
-#include "foundation/FileUtils.h"
 #include "foundation/Log.h"
 #include "recording/AudioProbes.h"
-#include "render/tools/SoxChannels.h"
 #include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeList.h"
 
@@ -85,11 +83,5 @@ void AUAudioConvolution::convolution(const QString& srcPath, const QString& dstP
     Parallelize::execute([&] { out.r = convolutionMonoV2(in.r, frequency, points); },
                          [&] { out.l = convolutionMonoV2(in.l, frequency, points); });
     in = StereoFloat{};
-    const QString left = dstPath + ".l.wav";
-    const QString right = dstPath + ".r.wav";
-    Parallelize::execute([&] { AUAudio::saveArrayIntoAudioFile(out.r, frequency, 32, right); },
-                         [&] { AUAudio::saveArrayIntoAudioFile(out.l, frequency, 32, left); });
-    soxUt_combineLRChannels(left, right, dstPath);
-    fu_deleteFile(left);
-    fu_deleteFile(right);
+    AUAudio::saveStereoFloatToAudioFile(out, frequency, dstPath);
 }

@@ -9,6 +9,7 @@
 #include "project/model/AEBGMSettings.h"
 #include "render/Mp3.h"
 #include "render/tools/SoxEdit.h"
+#include "render/tools/ToolFilePaths.h"
 #include "timeline/model/AELane.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
@@ -24,9 +25,12 @@ namespace {
 // Shorter items are dropped: SoX cannot make a file of them worth having.
 constexpr double kShortestItem = 0.01;
 
-QString withoutExtension(const QString& path) {
-    const QString ext = QFileInfo(path).suffix();
-    return ext.isEmpty() ? path : path.left(path.size() - ext.size() - 1);
+// Runs `work` and stores its wall-clock seconds in `seconds`.
+void timed(double& seconds, const std::function<void()>& work) {
+    QElapsedTimer clock;
+    clock.start();
+    work();
+    seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
 }
 
 } // namespace
@@ -107,8 +111,8 @@ bool SoXer::perform(bool selection) {
         Warning("Export Error", "Cannot write in the folder " + destFolder + ".");
         return false;
     }
-    const QString base = withoutExtension(destPath);
-    const QString ext = QFileInfo(destPath).suffix().toLower();
+    const QString base = toolFilePaths::withoutExtension(destPath);
+    const QString ext = toolFilePaths::extensionLower(destPath);
     const QString mainFile = tempFU.getPath(QFileInfo(base).fileName() + "_main.wav");
     {
         std::lock_guard lock(listMutex_);
@@ -116,21 +120,9 @@ bool SoXer::perform(bool selection) {
     }
     QElapsedTimer clock;
     clock.start();
-    Parallelize::execute(
-        [this, selection, mainFile] {
-            QElapsedTimer own;
-            own.start();
-            mainLaneJob(selection, mainFile);
-            stageTimes.mainLane = static_cast<double>(own.nsecsElapsed()) / 1e9;
-        },
-        [this] {
-            QElapsedTimer own;
-            own.start();
-            laneJob();
-            stageTimes.lanes = static_cast<double>(own.nsecsElapsed()) / 1e9;
-        });
+    Parallelize::execute([&] { timed(stageTimes.mainLane, [&] { mainLaneJob(selection, mainFile); }); },
+                         [&] { timed(stageTimes.lanes, [&] { laneJob(); }); });
     clock.restart();
-
     // Mixed beside the destination only when it is the result: a WAV that only feeds the encoder stays
     // in the temporary folder, so a file of the user's with that name is never touched.
     const QString wav = ext == "mp3" ? tempFU.getPath(QFileInfo(base).fileName() + ".wav") : base + ".wav";
@@ -255,8 +247,8 @@ void SoXer::renderLane(int64_t lane) {
             const QString path = itemPath(*item);
             list << path;
             timeLineItem2Cluster(*item, path, gap);
-            const bool padded = gap > kShortestItem && sourceOf(*item).type != AEAssetType::silence;
-            cursor += (padded ? gap : 0.0) + clusterLength(*item);
+            cursor += (sourceOf(*item).type == AEAssetType::silence ? 0.0 : writtenPadding(gap)) +
+                      clusterLength(*item);
         }
         produced();
     }

@@ -111,6 +111,11 @@ private:
     void report(double percent) const;
     QString itemPath(const AETimeLineItem& item) const;
     std::vector<int64_t> lanesToRender() const;
+    // soxUt_createCluster writes no leading silence up to this length.
+    static constexpr double kShortestPadding = 0.01;
+    // The leading silence a cluster really gets for a requested one: lane positions and envelope
+    // shifts both count only that.
+    static double writtenPadding(double silenceDuration);
     // Seconds of sound timeLineItem2Cluster writes for the item, leading silence apart.
     double clusterLength(const AETimeLineItem& item) const;
     // Asset time at which a music item that does not loop stops.

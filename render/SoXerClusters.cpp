@@ -5,6 +5,7 @@
 #include "render/SoXer.h"
 #include "render/tools/SoxCluster.h"
 #include "render/tools/SoxEdit.h"
+#include "render/tools/ToolFilePaths.h"
 #include "timeline/model/AEKeyframeList.h"
 #include "timeline/model/AEKeyframeView.h"
 #include "timeline/model/AETimeLineItem.h"
@@ -14,11 +15,6 @@
 #include <algorithm>
 
 namespace {
-
-// createCluster writes no silence up to this length; the envelope must not be shifted by it either.
-double writtenPadding(double silenceDuration) {
-    return silenceDuration > 0.01 ? silenceDuration : 0.0;
-}
 
 QString checkedSource(const QString& path) {
     if (!QFileInfo(path).isFile()) qxLog("! " + path);
@@ -55,7 +51,7 @@ void SoXer::timeLineItem2Cluster(const AETimeLineItem& item, const QString& path
 void SoXer::loopableItemToCluster(const AETimeLineItem& item, const QString& path, double silenceDuration) {
     const Source& source = sourceOf(item);
     const QString src = checkedSource(source.path);
-    const QString stem = path.left(path.size() - QFileInfo(path).suffix().size() - 1);
+    const QString stem = toolFilePaths::withoutExtension(path);
     QStringList pieces;
     const auto piece = [&](double silence, double from, double to) {
         const QString file = stem + QString::number(pieces.size()) + ".wav";
@@ -84,6 +80,10 @@ void SoXer::loopableItemToCluster(const AETimeLineItem& item, const QString& pat
         AUAudioConvolution::convolution(
             target, path, keyframes->shiftInTime(item.range.i - writtenPadding(silenceDuration)));
     fu_deleteFile(target);
+}
+
+double SoXer::writtenPadding(double silenceDuration) {
+    return silenceDuration > kShortestPadding ? silenceDuration : 0.0;
 }
 
 double SoXer::encodingPercentage(double elapsed, double outTime) {

@@ -1,0 +1,24 @@
+#pragma once
+// The main() of every bench: preferences and folders of the run go to a private home, never the
+// user's, before Qt reads them.
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+#include <cstdlib>
+
+inline int runBenchmarks(int argc, char** argv) {
+    static QTemporaryDir home(QDir::tempPath() + "/zendrel-bench-home-XXXXXX");
+    const QByteArray h = home.path().toUtf8();
+    setenv("HOME", h.constData(), 1);
+    setenv("XDG_CONFIG_HOME", (h + "/.config").constData(), 1);
+    setenv("XDG_DATA_HOME", (h + "/.local/share").constData(), 1);
+    setenv("XDG_CACHE_HOME", (h + "/.cache").constData(), 1);
+    setenv("XDG_DOCUMENTS_DIR", (h + "/Documents").constData(), 1);
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
