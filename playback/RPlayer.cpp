@@ -24,6 +24,10 @@ std::map<QString, std::shared_ptr<FilePlayer>>& players() {
 // Volume changes glide over this much so that a step is never heard as a click.
 constexpr double kVolumeRamp = 0.005;
 
+int64_t toFrames(double seconds) {
+    return static_cast<int64_t>(std::llround(seconds * AudioEngine::kRate));
+}
+
 double toDb(double volume) {
     return volume > 0 ? 20.0 * std::log10(volume) : -160.0;
 }
@@ -51,8 +55,7 @@ RPlayer::RPlayer(const QString& id, const QString& filePath, EndCallback endFile
     : id(id), filePath(filePath), endFileCallback(std::move(endFileCallback)), file_(getPlayer(filePath)) {}
 
 RPlayer::~RPlayer() {
-    for (const auto& timer : {pollingTimer_, fadeOutTimer_, stopTimer_})
-        if (timer) timer->stop();
+    if (pollingTimer_) pollingTimer_->stop();
     removeVoice();
 }
 
@@ -83,6 +86,7 @@ void RPlayer::play(double rate, bool doPolling, std::optional<double> stopAt,
     const double from = currentTime();
     removeVoice();
     rate_ = rate;
+    playFrom_ = from;
     stream_ = StreamingFile::open(filePath, {from, std::nullopt, loop, rate});
     playStarted_ = true;
     if (!stream_) {
@@ -108,8 +112,6 @@ void RPlayer::pause() {
     pausedAt_ = currentTime();
     removeVoice();
     if (pollingTimer_) pollingTimer_->stop();
-    for (const auto& timer : {fadeOutTimer_, stopTimer_})
-        if (timer) timer->stop();
 }
 
 void RPlayer::stop() {
@@ -225,22 +227,17 @@ void RPlayer::scheduleFadeOut(double playingTime, double duration) {
     std::lock_guard lock(mutex_);
     fadeOutDuration_ = duration;
     fadeOutTime_ = playingTime;
-    const double delay = std::max(playingTime - currentTime() - duration, 0.0);
-    std::weak_ptr<RPlayer> weak = weak_from_this();
-    fadeOutTimer_ = QXTimer::fireOnce(delay, false, [weak] {
-        if (auto self = weak.lock()) self->startFadeOut();
-    });
+    if (voice_ < 0) return;
+    // Counted in the voice's own frames rather than by a timer, so the fade lands on its sound.
+    const double played = playFrom_ + stream_->elapsedSeconds();
+    const double delay = std::max(playingTime - played - duration, 0.0);
+    sharedAudioEngine().mixer().fadeOut(voice_, toFrames(delay / rate_), toFrames(duration / rate_));
 }
 
 void RPlayer::startFadeOut() {
     std::lock_guard lock(mutex_);
     if (voice_ < 0) return;
-    sharedAudioEngine().mixer().setGain(voice_, 0.0f,
-                                        static_cast<int64_t>(fadeOutDuration_ * AudioEngine::kRate));
-    std::weak_ptr<RPlayer> weak = weak_from_this();
-    stopTimer_ = QXTimer::fireOnce(fadeOutDuration_, false, [weak] {
-        if (auto self = weak.lock()) self->stop();
-    });
+    sharedAudioEngine().mixer().fadeOut(voice_, 0, toFrames(fadeOutDuration_ / rate_));
 }
 
 double RPlayer::getMeteringPower(int channel) const {
@@ -268,7 +265,12 @@ void RPlayer::idle() {
         applyVolume(aUt_dbToDouble(next), kTimerUpdate);
         if (next >= baseDb) duckingStatus_ = DuckingStatus::normal;
     }
-    if (voice_ >= 0 && sharedAudioEngine().mixer().ended(voice_)) finished();
+    if (voice_ < 0 || !sharedAudioEngine().mixer().ended(voice_)) return;
+    // A fade-out stops the player; only the end of the sound is the end of the file.
+    if (sharedAudioEngine().mixer().fadedOut(voice_))
+        stop();
+    else
+        finished();
 }
 
 void RPlayer::finished() {

@@ -69,7 +69,7 @@ public:
     static std::vector<std::shared_ptr<FilePlayer>> playerList();
 
     // From currentTime. stopAt (file time, may lie beyond the end when looping) with fadeDuration
-    // schedules the fade-out that ends the play.
+    // schedules the fade-out that ends the play; the player then stops, without the end callback.
     void play(double rate = 1.0, bool doPolling = true, std::optional<double> stopAt = std::nullopt,
               std::optional<double> fadeDuration = std::nullopt, bool loop = false);
     void pause();
@@ -118,6 +118,8 @@ private:
     double volume_ = 1.0;
     double baseVolume_ = 1.0;
     double rate_ = 1.0;
+    // File time the current play started from.
+    double playFrom_ = 0;
     double pausedAt_ = 0;
     bool playStarted_ = false;
     bool doDucking_ = false;
@@ -128,6 +130,4 @@ private:
     double fadeOutDuration_ = 0;
     double fadeOutTime_ = 0;
     std::shared_ptr<QXTimer> pollingTimer_;
-    std::shared_ptr<QXTimer> fadeOutTimer_;
-    std::shared_ptr<QXTimer> stopTimer_;
 };

@@ -12,6 +12,7 @@ packages=(
   libsndfile1-dev libfftw3-dev libtag1-dev libsoundtouch-dev
   sox libsox-fmt-all ffmpeg kid3-cli zip unzip curl espeak-ng
   libgtest-dev libgmock-dev libbenchmark-dev
+  pulseaudio pulseaudio-utils
   xvfb xauth python3 clang-format
 )
 

@@ -1,5 +1,6 @@
 #include "playback/engine/AudioEngine.h"
 
+#include <QDateTime>
 #include <chrono>
 
 AudioEngine::~AudioEngine() {
@@ -21,7 +22,15 @@ void AudioEngine::startNullOutput() {
 
 void AudioEngine::startOffline() {
     stop();
+    offlineOriginMs_ = static_cast<double>(QDateTime::currentMSecsSinceEpoch());
+    offlineOriginFrames_ = framesPlayed_.load();
     mode_ = Mode::offline;
+}
+
+double AudioEngine::clockMs() const {
+    if (mode_ != Mode::offline) return static_cast<double>(QDateTime::currentMSecsSinceEpoch());
+    const auto frames = static_cast<double>(framesPlayed_.load() - offlineOriginFrames_.load());
+    return offlineOriginMs_.load() + frames * 1000.0 / kRate;
 }
 
 std::vector<float> AudioEngine::renderOffline(int64_t frames) {

@@ -41,6 +41,10 @@ public:
     int64_t framesPlayed() const { return framesPlayed_.load(); }
     double secondsPlayed() const { return static_cast<double>(framesPlayed()) / kRate; }
 
+    // The clock the transport reads, in milliseconds since 1970: the wall clock, except offline,
+    // where it is the moment offline mode began plus the frames rendered since.
+    double clockMs() const;
+
 private:
     void runNullOutput();
 
@@ -48,5 +52,8 @@ private:
     std::atomic<Mode> mode_{Mode::stopped};
     std::atomic<bool> stopping_{false};
     std::atomic<int64_t> framesPlayed_{0};
+    // Offline clock origin: wall clock and framesPlayed when offline mode began.
+    std::atomic<double> offlineOriginMs_{0};
+    std::atomic<int64_t> offlineOriginFrames_{0};
     std::thread thread_;
 };

@@ -14,6 +14,10 @@ int Mixer::addVoice(std::shared_ptr<VoiceSource> source, float gain) {
         Slot& slot = slots_[static_cast<size_t>(i)];
         slot.paused.store(false);
         slot.ended.store(false);
+        slot.fadedOut.store(false);
+        // A fade left armed by the slot's last voice must not reach this one.
+        slot.fadeFrames.store(-1, std::memory_order_relaxed);
+        slot.fadeSerial.fetch_add(1, std::memory_order_release);
         for (auto& power : slot.meanSquare)
             power.store(0.0f);
         setGain(i, gain, 0);
@@ -42,6 +46,18 @@ void Mixer::setGain(int voice, float gain, int64_t rampFrames) {
     slot.targetGain.store(gain, std::memory_order_relaxed);
     slot.rampFrames.store(std::max<int64_t>(rampFrames, 0), std::memory_order_relaxed);
     slot.gainSerial.fetch_add(1, std::memory_order_release);
+}
+
+void Mixer::fadeOut(int voice, int64_t delayFrames, int64_t fadeFrames) {
+    if (voice < 0 || voice >= kMaxVoices) return;
+    Slot& slot = slots_[static_cast<size_t>(voice)];
+    slot.fadeDelay.store(std::max<int64_t>(delayFrames, 0), std::memory_order_relaxed);
+    slot.fadeFrames.store(std::max<int64_t>(fadeFrames, 1), std::memory_order_relaxed);
+    slot.fadeSerial.fetch_add(1, std::memory_order_release);
+}
+
+bool Mixer::fadedOut(int voice) const {
+    return voice >= 0 && voice < kMaxVoices && slots_[static_cast<size_t>(voice)].fadedOut.load();
 }
 
 void Mixer::setPaused(int voice, bool paused) {
@@ -78,7 +94,36 @@ void Mixer::renderBlock(float* out, int64_t frames) noexcept {
     }
 }
 
+bool Mixer::advanceFade(Slot& slot, float& factor) noexcept {
+    factor = slot.fadeGain;
+    if (!slot.fadeArmed) return true;
+    if (slot.fadeDelayLeft > 0) {
+        --slot.fadeDelayLeft;
+        return true;
+    }
+    if (slot.fadeLeft <= 0) return false;
+    --slot.fadeLeft;
+    slot.fadeGain = std::max(slot.fadeGain - slot.fadeStep, 0.0f);
+    factor = slot.fadeGain;
+    return true;
+}
+
 void Mixer::mixSlot(Slot& slot, VoiceSource& source, float* out, int64_t frames) noexcept {
+    if (slot.fadedOut.load(std::memory_order_relaxed)) {
+        for (auto& power : slot.meanSquare)
+            power.store(0.0f, std::memory_order_relaxed);
+        return;
+    }
+    const uint32_t fadeSerial = slot.fadeSerial.load(std::memory_order_acquire);
+    if (fadeSerial != slot.seenFadeSerial) {
+        slot.seenFadeSerial = fadeSerial;
+        const int64_t fadeFrames = slot.fadeFrames.load(std::memory_order_relaxed);
+        slot.fadeArmed = fadeFrames > 0;
+        slot.fadeGain = 1.0f;
+        slot.fadeDelayLeft = slot.fadeDelay.load(std::memory_order_relaxed);
+        slot.fadeLeft = std::max<int64_t>(fadeFrames, 0);
+        slot.fadeStep = fadeFrames > 0 ? 1.0f / static_cast<float>(fadeFrames) : 0.0f;
+    }
     const uint32_t serial = slot.gainSerial.load(std::memory_order_acquire);
     if (serial != slot.seenSerial) {
         slot.seenSerial = serial;
@@ -96,13 +141,19 @@ void Mixer::mixSlot(Slot& slot, VoiceSource& source, float* out, int64_t frames)
     }
     std::array<double, kChannels> squares{};
     for (int64_t f = 0; f < frames; ++f) {
+        float fade = 1.0f;
+        if (!advanceFade(slot, fade)) {
+            slot.fadedOut.store(true, std::memory_order_relaxed);
+            slot.ended.store(true, std::memory_order_relaxed);
+            break;
+        }
         if (slot.rampLeft > 0) {
             slot.gain += slot.step;
             // The last step lands exactly on the target, whatever the rounding on the way.
             if (--slot.rampLeft == 0) slot.gain = slot.rampTarget;
         }
         for (int c = 0; c < kChannels; ++c) {
-            const float v = in[f * kChannels + c] * slot.gain;
+            const float v = in[f * kChannels + c] * slot.gain * fade;
             squares[static_cast<size_t>(c)] += static_cast<double>(v) * v;
             out[f * kChannels + c] += v;
         }

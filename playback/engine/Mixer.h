@@ -33,6 +33,12 @@ public:
     void removeVoice(int voice);
     // The gain moves linearly to `gain` over `rampFrames` frames, from the next block on.
     void setGain(int voice, float gain, int64_t rampFrames = 0);
+    // After `delayFrames` more frames of the voice, its sound fades to nothing over `fadeFrames` and the
+    // voice ends. Counted in frames of the voice, so the fade lands where it was asked whatever the
+    // output's block size; independent of the gain, which may go on changing meanwhile.
+    void fadeOut(int voice, int64_t delayFrames, int64_t fadeFrames);
+    // The voice ended because a fade-out finished.
+    bool fadedOut(int voice) const;
     // A paused voice is not pulled: its source keeps its place.
     void setPaused(int voice, bool paused);
     // The source delivered fewer frames than asked for.
@@ -54,6 +60,10 @@ private:
         std::atomic<int64_t> rampFrames{0};
         // Bumped by each setGain, so the audio side knows to start a new ramp.
         std::atomic<uint32_t> gainSerial{0};
+        std::atomic<int64_t> fadeDelay{0};
+        std::atomic<int64_t> fadeFrames{0};
+        std::atomic<uint32_t> fadeSerial{0};
+        std::atomic<bool> fadedOut{false};
         std::array<std::atomic<float>, kChannels> meanSquare{};
         // Audio thread only.
         float gain = 1.0f;
@@ -61,10 +71,18 @@ private:
         float rampTarget = 1.0f;
         int64_t rampLeft = 0;
         uint32_t seenSerial = 0;
+        uint32_t seenFadeSerial = 0;
+        bool fadeArmed = false;
+        int64_t fadeDelayLeft = 0;
+        int64_t fadeLeft = 0;
+        float fadeGain = 1.0f;
+        float fadeStep = 0.0f;
     };
 
     void renderBlock(float* out, int64_t frames) noexcept;
     void mixSlot(Slot& slot, VoiceSource& source, float* out, int64_t frames) noexcept;
+    // Audio thread: the fade factor of the next frame; false once the fade has run out.
+    static bool advanceFade(Slot& slot, float& factor) noexcept;
 
     std::array<Slot, kMaxVoices> slots_;
     std::mutex ownersMutex_;

@@ -1,8 +1,8 @@
 #pragma once
 // A sound file played from disk: a worker thread decodes ahead into a ring of about two seconds, so
 // memory does not grow with the file, and the audio thread only copies out of the ring. Mono files
-// play on both channels; the file's own sample rate is kept. A speed other than 1.0 is made in the
-// worker by time-stretching, which keeps the pitch.
+// play on both channels; a file of another sample rate is resampled to the engine's. A speed other
+// than 1.0 is made in the worker by time-stretching, which keeps the pitch.
 
 #include "playback/engine/SpscRing.h"
 #include "playback/engine/VoiceSource.h"
@@ -26,6 +26,8 @@ public:
     };
 
     static constexpr double kReadAheadSeconds = 2.0;
+    // Decoded by open() itself, before the worker takes over: more than any output block.
+    static constexpr int64_t kPrimeFrames = 8192;
 
     // Null when the file cannot be read or the start lies beyond its end.
     static std::shared_ptr<StreamingFile> open(const QString& path, const Options& options);
@@ -37,12 +39,15 @@ public:
     double durationSeconds() const;
     // File time of the next frame the audio thread takes (ahead of the ear by the output's latency).
     double positionSeconds() const;
+    // File time played since the start, loops unrolled.
+    double elapsedSeconds() const;
     // Frames the audio thread asked for and the worker had not decoded yet.
     int64_t underrunFrames() const { return underruns_.load(); }
 
 private:
+    class Decoder;
     StreamingFile() = default;
-    void work();
+    void work(Decoder& decoder);
 
     QString path_;
     Options options_;

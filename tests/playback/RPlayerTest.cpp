@@ -121,13 +121,22 @@ TEST_F(RPlayerTest, TheDuckerGoesDownByTheAmountAndComesBack) {
     EXPECT_NEAR(player->baseVolume(), std::pow(10, -3.0 / 20), 1e-12);
 }
 
-TEST_F(RPlayerTest, AFadeOutRampsTheLevelToNothing) {
-    auto player = std::make_shared<RPlayer>("fade", tone);
-    player->play(1.0, false, 0.6, 0.5);
-    render(0.1);
-    player->startFadeOut();
-    const auto out = render(0.5);
-    EXPECT_NEAR(rmsDb(std::vector<float>(out.begin(), out.begin() + 2 * 2205)), -9.03, 0.5);
-    EXPECT_LT(rmsDb(std::vector<float>(out.end() - 2 * 2205, out.end())), -30);
-    player->stop();
+TEST_F(RPlayerTest, AScheduledFadeOutEndsOnItsSoundAndStopsWithoutTheEndCallback) {
+    int ended = 0;
+    auto player = std::make_shared<RPlayer>("fade", tone, [&](const std::shared_ptr<RPlayer>&) { ++ended; });
+    // Fades from 0.5 s to 1.0 s of the file.
+    player->play(1.0, false, 1.0, 0.5);
+    const auto out = render(1.2);
+    const auto window = [&](double from, double to) {
+        return rmsDb(std::vector<float>(out.begin() + 2 * static_cast<long>(from * 44100),
+                                        out.begin() + 2 * static_cast<long>(to * 44100)));
+    };
+    EXPECT_NEAR(window(0.4, 0.5), -9.03, 0.1) << "full level until the fade";
+    EXPECT_NEAR(window(0.74, 0.76), -9.03 - 6.02, 0.3) << "half way down, in amplitude";
+    EXPECT_LT(window(0.9, 1.0), -25);
+    EXPECT_LT(window(1.0, 1.2), -150) << "nothing after the fade";
+    player->idle();
+    EXPECT_FALSE(player->playing());
+    testenv::pumpEventsFor(50);
+    EXPECT_EQ(ended, 0);
 }

@@ -205,6 +205,7 @@ std::shared_ptr<AETimeLine> AETimeLine::getStatus() {
     stopTimers();
     auto snapshot = duplicate();
     startTimers();
+    if (playing) startPlayIdle();
     return snapshot;
 }
 

@@ -97,6 +97,7 @@ public:
     std::shared_ptr<QXTimer> lowPriorityIdleTimer;
     std::shared_ptr<QXTimer> commonIdleTimer;
     std::shared_ptr<QXTimer> commonFastIdleTimer;
+    // Set by the tick that hands the item pass on, cleared when the pass is done.
     bool allItemsPlayIdleR = false;
     bool playingIdleR = false;
     bool idleFastR = false;
@@ -252,11 +253,23 @@ public:
     void setInsetViewSize();
     void updateViewAfterSomething();
 
-    // Playhead and overlays.
+    // Transport. The clock is the engine's: the wall clock, or the frames rendered offline.
     double getPlayHeadTime();
     void setPlayheadTime(double time, bool center = false);
+    void play(std::optional<double> at = std::nullopt);
+    // Always leaves the rate at 1.0.
     void pause();
+    void playPause();
     void setSpeedRate(double rate);
+    void startPlayIdle();
+    void playingIdle();
+    void allItemsPlayIdle();
+    void updateVolumeFromOutside();
+    // Sums of the playing items' levels (linear), also handed to the view.
+    double getMetering();
+    std::pair<double, double> getMeteringStereo();
+
+    // Playhead and overlays.
     void hideEphemeral();
     void showEphemeral();
     void drawPlayhead();

@@ -1,8 +1,7 @@
-// The timeline's timers: drawing when asked, the fast tick of displays and scroller, and the
-// once-a-second housekeeping of lanes.
+// The timeline's timers: drawing when asked, the fast tick of displays and scroller, the
+// once-a-second housekeeping of lanes, and the transport's tick while playing.
 #include "foundation/Execution.h"
 #include "foundation/QXTimer.h"
-#include "foundation/Timecode.h"
 #include "project/model/AEAsset.h"
 #include "timeline/model/AEDrag.h"
 #include "timeline/model/AERuler.h"
@@ -35,6 +34,13 @@ void AETimeLine::startTimers() {
                                              onTimeline(weak, &AETimeLine::lowPriorityidle));
     commonFastIdleTimer = QXTimer::loop("AETimeLine.commonFastIdle", commonFastIdleInterval, false,
                                         onTimeline(weak, &AETimeLine::idleFast));
+}
+
+void AETimeLine::startPlayIdle() {
+    std::weak_ptr<AETimeLine> weak = weak_from_this();
+    // Triggered at once as well, so the first clips start without waiting for the tick.
+    playIdleTimer = QXTimer::loop("AETimeLine.playingIdle", playIdleInterval, true,
+                                  onTimeline(weak, &AETimeLine::playingIdle));
 }
 
 void AETimeLine::stopTimers() {
@@ -95,65 +101,4 @@ void AETimeLine::draw() {
 void AETimeLine::forceDraw() {
     mustDraw = true;
     idleFast();
-}
-
-double AETimeLine::getPlayHeadTime() {
-    if (playing) {
-        const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch());
-        currentPHTime = playStartedAtPos + (now - playStartedAt) * playSpeedRate / 1000.0;
-    }
-    return currentPHTime;
-}
-
-void AETimeLine::setPlayheadTime(double time, bool center) {
-    currentPHTime = time;
-    if (playing) {
-        // A seek while playing restarts the clock from the new place.
-        playStartedAt = static_cast<double>(QDateTime::currentMSecsSinceEpoch());
-        playStartedAtPos = time;
-    }
-    if (center) centerToPlayHead();
-    drawPlayhead();
-    updateTimeCodeViewer();
-    mustDraw = true;
-}
-
-void AETimeLine::pause() {
-    getPlayHeadTime();
-    playing = false;
-    if (playIdleTimer) playIdleTimer->stop();
-    for (const auto& item : getCollectedItems())
-        item->playing = false;
-    setSpeedRate(1.0);
-    allItemsPlayIdleR = false;
-    if (virtualScroller) virtualScroller->magnificationAllowed = true;
-}
-
-void AETimeLine::setSpeedRate(double rate) {
-    playSpeedRate = rate;
-    for (const auto& item : getCollectedItems())
-        item->playSpeedRate = rate;
-}
-
-void AETimeLine::hideEphemeral() {
-    if (view && view->ephemeralPlayhead) view->ephemeralPlayhead->hidden = true;
-    if (hideEphemeralCallback) hideEphemeralCallback();
-}
-
-void AETimeLine::showEphemeral() {
-    if (view && view->ephemeralPlayhead) view->ephemeralPlayhead->hidden = false;
-}
-
-void AETimeLine::drawPlayhead() {
-    if (!view || !view->playhead) return;
-    AEPlayHead& head = *view->playhead;
-    head.currentTime = currentPHTime;
-    head.x = timeToX(currentPHTime) - head.originX;
-    head.hidden = !playheadVisible();
-}
-
-void AETimeLine::updateTimeCodeViewer() {
-    if (!view) return;
-    view->mainTimecodeText = tc_getFloatTimecode(std::max(0.0, getPlayHeadTime()));
-    view->durationText = tc_getFloatTimecode(getTimelineOutTime());
 }

@@ -18,6 +18,7 @@ class AEAsset;
 class AEKeyframeList;
 class AEKeyframeView;
 class AEKeyframeViewSetup;
+class AETimeLine;
 class RPlayer;
 
 enum class AETimeLineDraggingType { none, leftBorder, rightBorder, whole };
@@ -80,6 +81,15 @@ public:
     // A player on the asset's file, when it has one. Main thread: finding the file may repair the
     // asset's copy.
     void makePlayer();
+    // Playing, from the transport's tick on the main thread: the player starts when the playhead is
+    // inside the item, at the matching asset time; it stops past the end or when the item may not
+    // sound; its level follows the envelope at each tick.
+    void playingIdle(double time, const AETimeLine& timeline);
+    void play(double at, const AETimeLine& timeline, std::optional<double> rate = std::nullopt);
+    void pause();
+    // The envelope's value at `time` plus the asset's gain, given to the player when it changed.
+    void adjustVolume(double time, bool isAssetTime, bool force, const AETimeLine& timeline);
+
     // Shows and applies a new envelope.
     void setVolumeKFs(std::shared_ptr<AEKeyframeList> list);
     // A copy of the source's envelope, in a copy of its editor.

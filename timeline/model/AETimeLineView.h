@@ -47,6 +47,10 @@ public:
     // The two time displays; the view copies them into its labels.
     QString mainTimecodeText;
     QString durationText;
+    // The meters: sums of the playing items' linear levels.
+    double meterLevel = 0;
+    double meterLeft = 0;
+    double meterRight = 0;
     std::shared_ptr<VirtualScroller> vScroller;
     std::shared_ptr<AERuler> ruler;
 };

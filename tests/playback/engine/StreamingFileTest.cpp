@@ -115,3 +115,16 @@ TEST(StreamingFile, FasterKeepsThePitchAndTheFilePosition) {
     pullAll(*faster, 3 * 44100, delivered);
     EXPECT_NEAR(static_cast<double>(delivered) / 44100, 2.0, 0.1);
 }
+
+TEST(StreamingFile, AFileOfAnotherRateKeepsItsPitchAndLength) {
+    AudioFileMaker make;
+    const QString tone = make.sine("tone48k.wav", 48000, 2, 16, 2.0, -6.0);
+    auto file = StreamingFile::open(tone, {});
+    ASSERT_TRUE(file);
+    int64_t delivered = 0;
+    const auto out = pullAll(*file, 3 * 44100, delivered);
+    EXPECT_NEAR(static_cast<double>(delivered) / 44100, 2.0, 0.01) << "two seconds at the engine's rate";
+    const std::vector<float> steady(out.begin() + 2 * 4410, out.begin() + 2 * 44100);
+    EXPECT_NEAR(frequencyOf(steady, static_cast<int64_t>(steady.size() / 2)), 440.0, 2.0);
+    EXPECT_NEAR(file->positionSeconds(), 2.0, 0.01);
+}
