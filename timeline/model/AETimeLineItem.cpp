@@ -52,7 +52,8 @@ void AETimeLineItem::initialise(const std::shared_ptr<AEAsset>& source, int64_t 
 
 void AETimeLineItem::makePlayer() {
     if (asset->recording || asset->type == AEAssetType::silence) return;
-    if (const auto path = asset->getUsableFilePath()) player = std::make_shared<RPlayer>(*path);
+    // Named by the item: the polling timer of each player must be its own.
+    if (const auto path = asset->getUsableFilePath()) player = std::make_shared<RPlayer>(id, *path);
 }
 
 void AETimeLineItem::attachKeyframeView() {
