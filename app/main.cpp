@@ -1,5 +1,7 @@
 #include "app/windows/AppDelegate.h"
 #include "foundation/Interaction.h"
+#include "playback/engine/AudioEngine.h"
+#include "playback/engine/SharedAudioEngine.h"
 #include "ui/AppStyle.h"
 #include "ui/IHImages.h"
 #include "ui/WidgetInteraction.h"
@@ -19,6 +21,9 @@ int main(int argc, char** argv) {
         setUserInteraction(std::make_shared<ScriptedInteraction>());
     else
         setUserInteraction(std::make_shared<WidgetInteraction>());
+
+    // The default sound device, or the null output when there is none.
+    sharedAudioEngine().startDeviceOutput();
 
     const int status = [&app] {
         auto delegate = std::make_shared<AppDelegate>();

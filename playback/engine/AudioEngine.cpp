@@ -1,7 +1,12 @@
 #include "playback/engine/AudioEngine.h"
 
+#include "foundation/Log.h"
+#include "playback/engine/DeviceOutput.h"
+
 #include <QDateTime>
 #include <chrono>
+
+AudioEngine::AudioEngine() = default;
 
 AudioEngine::~AudioEngine() {
     stop();
@@ -11,13 +16,41 @@ void AudioEngine::stop() {
     stopping_ = true;
     if (thread_.joinable()) thread_.join();
     stopping_ = false;
+    device_.reset();
     mode_ = Mode::stopped;
 }
 
 void AudioEngine::startNullOutput() {
     stop();
     mode_ = Mode::null;
+    outputDescription_ = "null output";
     thread_ = std::thread([this] { runNullOutput(); });
+}
+
+bool AudioEngine::startDeviceOutput(const QByteArray& deviceId) {
+    stop();
+    QString error;
+    device_ = DeviceOutput::open(
+        deviceId, kRate, [this](float* stereo, int64_t frames) { renderToDevice(stereo, frames); }, &error);
+    if (!device_) {
+        qxLog("AudioEngine: no sound device (" + error + "); playing to the null output");
+        startNullOutput();
+        outputDescription_ = "null output: " + error;
+        return false;
+    }
+    mode_ = Mode::device;
+    outputDescription_ = device_->deviceDescription();
+    qxLog("AudioEngine: playing to " + outputDescription_);
+    return true;
+}
+
+QString AudioEngine::outputDescription() const {
+    return outputDescription_;
+}
+
+void AudioEngine::renderToDevice(float* stereo, int64_t frames) noexcept {
+    mixer_.render(stereo, frames);
+    framesPlayed_ += frames;
 }
 
 void AudioEngine::startOffline() {

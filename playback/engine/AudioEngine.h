@@ -1,14 +1,18 @@
 #pragma once
-// The one output stream of the application: a mixer and what consumes its sound. Until a device is
-// opened, the null output consumes at the engine's rate by the wall clock, so transport, end
-// callbacks, fades and meters behave as with a device (CI, a server, a muted session). Offline mode
-// has no thread at all: the caller renders, and the clock is the number of frames rendered, for
+// The one output stream of the application: a mixer and what consumes its sound, a sound device or,
+// without one, the null output, which consumes at the engine's rate by the wall clock, so transport,
+// end callbacks, fades and meters behave as with a device (CI, a server, a muted session). Offline
+// mode has no thread at all: the caller renders, and the clock is the number of frames rendered, for
 // tests.
 
 #include "playback/engine/Mixer.h"
 
+class DeviceOutput;
+#include <QByteArray>
+#include <QString>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -18,9 +22,9 @@ public:
     // The null output's block: 10 ms.
     static constexpr int64_t kNullBlockFrames = kRate / 100;
 
-    enum class Mode { stopped, null, offline };
+    enum class Mode { stopped, null, device, offline };
 
-    AudioEngine() = default;
+    AudioEngine();
     ~AudioEngine();
     AudioEngine(const AudioEngine&) = delete;
     AudioEngine& operator=(const AudioEngine&) = delete;
@@ -30,6 +34,11 @@ public:
 
     // Control thread. Each stops what ran before; the clock goes on from where it was.
     void startNullOutput();
+    // The output device with that id, the default one when empty. Without it (no server, no device,
+    // an id that is gone) the null output runs instead and the reason is logged; false then.
+    bool startDeviceOutput(const QByteArray& deviceId = {});
+    // What plays the sound now: the device's description, or why there is none.
+    QString outputDescription() const;
     void startOffline();
     void stop();
 
@@ -47,6 +56,7 @@ public:
 
 private:
     void runNullOutput();
+    void renderToDevice(float* stereo, int64_t frames) noexcept;
 
     Mixer mixer_;
     std::atomic<Mode> mode_{Mode::stopped};
@@ -56,4 +66,6 @@ private:
     std::atomic<double> offlineOriginMs_{0};
     std::atomic<int64_t> offlineOriginFrames_{0};
     std::thread thread_;
+    std::unique_ptr<DeviceOutput> device_;
+    QString outputDescription_ = "none";
 };
