@@ -115,6 +115,10 @@ void StreamThreeHourFile(benchmark::State& state) {
     double peak = idle;
     for (auto _ : state) {
         auto stream = StreamingFile::open(file, {});
+        if (!stream) {
+            state.SkipWithError("the file cannot be streamed");
+            return;
+        }
         std::vector<float> block(AudioEngine::kRate / 10 * 2);
         for (int64_t blocks = 0;; ++blocks) {
             const int64_t before = stream->underrunFrames();
@@ -146,6 +150,10 @@ void PlayToFirstSound(benchmark::State& state) {
     for (auto _ : state) {
         player->setCurrentTime(1.013); // not on a zero crossing
         player->play(1.0, false);
+        if (!player->playing()) {
+            state.SkipWithError("the player did not start");
+            return;
+        }
         for (bool heard = false; !heard;) {
             const auto out = engine.renderOffline(64);
             for (size_t i = 0; i < out.size() && !heard; i += 2) {

@@ -85,10 +85,13 @@ void RPlayer::play(double rate, bool doPolling, std::optional<double> stopAt,
     std::lock_guard lock(mutex_);
     const double from = currentTime();
     removeVoice();
+    if (!(rate > 0) || !std::isfinite(rate)) {
+        qxLog("RPlayer: rate " + QString::number(rate) + " refused, playing at 1.0");
+        rate = 1.0;
+    }
     rate_ = rate;
     playFrom_ = from;
     stream_ = StreamingFile::open(filePath, {from, std::nullopt, loop, rate});
-    playStarted_ = true;
     if (!stream_) {
         // Nothing left to play (a position past the end, a missing file): the end, at once.
         pausedAt_ = from;
@@ -96,7 +99,12 @@ void RPlayer::play(double rate, bool doPolling, std::optional<double> stopAt,
         return;
     }
     voice_ = sharedAudioEngine().mixer().addVoice(stream_, static_cast<float>(volume_));
-    if (voice_ < 0) qxLog("RPlayer: no voice left for " + filePath);
+    if (voice_ < 0) {
+        qxLog("RPlayer: no voice left for " + filePath);
+        stream_.reset();
+        pausedAt_ = from;
+        return;
+    }
     if (doPolling) {
         std::weak_ptr<RPlayer> weak = weak_from_this();
         pollingTimer_ =
@@ -136,7 +144,8 @@ double RPlayer::currentTime() const {
 
 void RPlayer::setCurrentTime(double seconds) {
     std::lock_guard lock(mutex_);
-    const bool wasPlaying = voice_ >= 0;
+    // A voice that has ended is not playing: moving it must not start it again.
+    const bool wasPlaying = voice_ >= 0 && !sharedAudioEngine().mixer().ended(voice_);
     pausedAt_ = std::max(seconds, 0.0);
     if (wasPlaying) {
         removeVoice();
@@ -226,7 +235,6 @@ DuckingStatus RPlayer::duckingStatus() const {
 void RPlayer::scheduleFadeOut(double playingTime, double duration) {
     std::lock_guard lock(mutex_);
     fadeOutDuration_ = duration;
-    fadeOutTime_ = playingTime;
     if (voice_ < 0) return;
     // Counted in the voice's own frames rather than by a timer, so the fade lands on its sound.
     const double played = playFrom_ + stream_->elapsedSeconds();

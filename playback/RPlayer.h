@@ -6,8 +6,8 @@
 // Players of one file share its facts (duration, rate, channels) through playerList, but each plays
 // its own stream, so two items of one file can sound at once, as a person expects.
 //
-// Calls come from the main thread and from the transport's queue; a lock per player keeps them
-// apart. Ticks and the end callback run on the main thread.
+// Calls come from the main thread and from analysis and recording threads; a lock per player keeps
+// them apart. Ticks and the end callback run on the main thread.
 
 #include <QDateTime>
 #include <QString>
@@ -121,13 +121,11 @@ private:
     // File time the current play started from.
     double playFrom_ = 0;
     double pausedAt_ = 0;
-    bool playStarted_ = false;
     bool doDucking_ = false;
     DuckingPrefs duckingPrefs_;
     DuckingStatus duckingStatus_ = DuckingStatus::normal;
     QDateTime attackTime_;
     QDateTime releaseTime_;
     double fadeOutDuration_ = 0;
-    double fadeOutTime_ = 0;
     std::shared_ptr<QXTimer> pollingTimer_;
 };

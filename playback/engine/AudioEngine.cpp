@@ -1,6 +1,7 @@
 #include "playback/engine/AudioEngine.h"
 
 #include "foundation/Log.h"
+#include "foundation/QXTimer.h"
 #include "playback/engine/DeviceOutput.h"
 
 #include <QDateTime>
@@ -9,6 +10,7 @@
 AudioEngine::AudioEngine() = default;
 
 AudioEngine::~AudioEngine() {
+    if (deviceWatch_) deviceWatch_->stop();
     stop();
 }
 
@@ -39,9 +41,19 @@ bool AudioEngine::startDeviceOutput(const QByteArray& deviceId) {
         return false;
     }
     mode_ = Mode::device;
+    requestedDeviceId_ = deviceId;
     outputDescription_ = device_->deviceDescription();
     qxLog("AudioEngine: playing to " + outputDescription_);
+    if (!deviceWatch_ || !deviceWatch_->isRunning())
+        deviceWatch_ = QXTimer::loop("AudioEngine.deviceWatch", 0.5, false, [this] { watchDevice(); });
     return true;
+}
+
+void AudioEngine::watchDevice() {
+    if (mode_ != Mode::device || !device_ || device_->running()) return;
+    // Nothing would render: voices would never end and meters would freeze.
+    qxLog("AudioEngine: " + outputDescription_ + " stopped; opening the output again");
+    if (!startDeviceOutput(requestedDeviceId_) && deviceWatch_) deviceWatch_->stop();
 }
 
 QString AudioEngine::outputDescription() const {

@@ -8,6 +8,7 @@
 #include "playback/engine/Mixer.h"
 
 class DeviceOutput;
+class QXTimer;
 #include <QByteArray>
 #include <QString>
 #include <atomic>
@@ -35,7 +36,8 @@ public:
     // Control thread. Each stops what ran before; the clock goes on from where it was.
     void startNullOutput();
     // The output device with that id, the default one when empty. Without it (no server, no device,
-    // an id that is gone) the null output runs instead and the reason is logged; false then.
+    // an id that is gone) the null output runs instead and the reason is logged; false then. A device
+    // that stops later (its server gone) is opened again, or the null output takes over. Main thread.
     bool startDeviceOutput(const QByteArray& deviceId = {});
     // What plays the sound now: the device's description, or why there is none.
     QString outputDescription() const;
@@ -57,6 +59,7 @@ public:
 private:
     void runNullOutput();
     void renderToDevice(float* stereo, int64_t frames) noexcept;
+    void watchDevice();
 
     Mixer mixer_;
     std::atomic<Mode> mode_{Mode::stopped};
@@ -67,5 +70,7 @@ private:
     std::atomic<int64_t> offlineOriginFrames_{0};
     std::thread thread_;
     std::unique_ptr<DeviceOutput> device_;
+    QByteArray requestedDeviceId_;
+    std::shared_ptr<QXTimer> deviceWatch_;
     QString outputDescription_ = "none";
 };

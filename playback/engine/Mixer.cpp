@@ -4,6 +4,36 @@
 #include <cmath>
 #include <thread>
 
+namespace {
+
+// A fade command in one word: armed (1 bit), the voice's generation (8), the fade's length in frames
+// (24, over six minutes) and the delay before it (31, over thirteen hours).
+constexpr int kDelayBits = 31;
+constexpr int kLengthBits = 24;
+constexpr uint64_t kDelayMask = (uint64_t{1} << kDelayBits) - 1;
+constexpr uint64_t kLengthMask = (uint64_t{1} << kLengthBits) - 1;
+
+uint64_t packFade(bool armed, uint32_t generation, int64_t delayFrames, int64_t fadeFrames) {
+    const auto delay = static_cast<uint64_t>(std::clamp<int64_t>(delayFrames, 0, kDelayMask));
+    const auto length = static_cast<uint64_t>(std::clamp<int64_t>(fadeFrames, 1, kLengthMask));
+    return (uint64_t{armed} << 63) | (uint64_t{generation & 0xffu} << (kDelayBits + kLengthBits)) |
+           (length << kDelayBits) | delay;
+}
+bool fadeArmed(uint64_t command) {
+    return (command >> 63) != 0;
+}
+uint32_t fadeGeneration(uint64_t command) {
+    return static_cast<uint32_t>((command >> (kDelayBits + kLengthBits)) & 0xffu);
+}
+int64_t fadeLength(uint64_t command) {
+    return static_cast<int64_t>((command >> kDelayBits) & kLengthMask);
+}
+int64_t fadeDelay(uint64_t command) {
+    return static_cast<int64_t>(command & kDelayMask);
+}
+
+} // namespace
+
 Mixer::Mixer() : scratch_(static_cast<size_t>(kBlockFrames * kChannels)) {}
 
 int Mixer::addVoice(std::shared_ptr<VoiceSource> source, float gain) {
@@ -16,8 +46,8 @@ int Mixer::addVoice(std::shared_ptr<VoiceSource> source, float gain) {
         slot.ended.store(false);
         slot.fadedOut.store(false);
         // A fade left armed by the slot's last voice must not reach this one.
-        slot.fadeFrames.store(-1, std::memory_order_relaxed);
-        slot.fadeSerial.fetch_add(1, std::memory_order_release);
+        const uint32_t generation = slot.voiceGeneration.fetch_add(1) + 1;
+        slot.fadeCommand.store(packFade(false, generation, 0, 0), std::memory_order_release);
         for (auto& power : slot.meanSquare)
             power.store(0.0f);
         setGain(i, gain, 0);
@@ -51,9 +81,8 @@ void Mixer::setGain(int voice, float gain, int64_t rampFrames) {
 void Mixer::fadeOut(int voice, int64_t delayFrames, int64_t fadeFrames) {
     if (voice < 0 || voice >= kMaxVoices) return;
     Slot& slot = slots_[static_cast<size_t>(voice)];
-    slot.fadeDelay.store(std::max<int64_t>(delayFrames, 0), std::memory_order_relaxed);
-    slot.fadeFrames.store(std::max<int64_t>(fadeFrames, 1), std::memory_order_relaxed);
-    slot.fadeSerial.fetch_add(1, std::memory_order_release);
+    slot.fadeCommand.store(packFade(true, slot.voiceGeneration.load(), delayFrames, fadeFrames),
+                           std::memory_order_release);
 }
 
 bool Mixer::fadedOut(int voice) const {
@@ -114,15 +143,17 @@ void Mixer::mixSlot(Slot& slot, VoiceSource& source, float* out, int64_t frames)
             power.store(0.0f, std::memory_order_relaxed);
         return;
     }
-    const uint32_t fadeSerial = slot.fadeSerial.load(std::memory_order_acquire);
-    if (fadeSerial != slot.seenFadeSerial) {
-        slot.seenFadeSerial = fadeSerial;
-        const int64_t fadeFrames = slot.fadeFrames.load(std::memory_order_relaxed);
-        slot.fadeArmed = fadeFrames > 0;
-        slot.fadeGain = 1.0f;
-        slot.fadeDelayLeft = slot.fadeDelay.load(std::memory_order_relaxed);
-        slot.fadeLeft = std::max<int64_t>(fadeFrames, 0);
-        slot.fadeStep = fadeFrames > 0 ? 1.0f / static_cast<float>(fadeFrames) : 0.0f;
+    const uint64_t command = slot.fadeCommand.load(std::memory_order_acquire);
+    if (command != slot.seenFadeCommand) {
+        const bool sameVoice = fadeGeneration(command) == fadeGeneration(slot.seenFadeCommand);
+        slot.seenFadeCommand = command;
+        const int64_t fadeFrames = fadeLength(command);
+        // A new fade of the same voice goes on from the level the last one reached.
+        if (!sameVoice || !slot.fadeArmed) slot.fadeGain = 1.0f;
+        slot.fadeArmed = fadeArmed(command);
+        slot.fadeDelayLeft = fadeDelay(command);
+        slot.fadeLeft = fadeFrames;
+        slot.fadeStep = fadeFrames > 0 ? slot.fadeGain / static_cast<float>(fadeFrames) : 0.0f;
     }
     const uint32_t serial = slot.gainSerial.load(std::memory_order_acquire);
     if (serial != slot.seenSerial) {

@@ -60,9 +60,10 @@ private:
         std::atomic<int64_t> rampFrames{0};
         // Bumped by each setGain, so the audio side knows to start a new ramp.
         std::atomic<uint32_t> gainSerial{0};
-        std::atomic<int64_t> fadeDelay{0};
-        std::atomic<int64_t> fadeFrames{0};
-        std::atomic<uint32_t> fadeSerial{0};
+        // One word, so the audio thread never sees half a command: see packFade.
+        std::atomic<uint64_t> fadeCommand{0};
+        // Bumped for each new voice of the slot; a fade names the voice it is for.
+        std::atomic<uint32_t> voiceGeneration{0};
         std::atomic<bool> fadedOut{false};
         std::array<std::atomic<float>, kChannels> meanSquare{};
         // Audio thread only.
@@ -71,7 +72,7 @@ private:
         float rampTarget = 1.0f;
         int64_t rampLeft = 0;
         uint32_t seenSerial = 0;
-        uint32_t seenFadeSerial = 0;
+        uint64_t seenFadeCommand = 0;
         bool fadeArmed = false;
         int64_t fadeDelayLeft = 0;
         int64_t fadeLeft = 0;

@@ -6,6 +6,7 @@
 #include <SoundTouch.h>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <vector>
 
 namespace {
@@ -54,9 +55,11 @@ public:
         const int64_t want = std::min(kChunkFrames, endFrame_ - at_);
         const int64_t got = want > 0 ? file_.readFrames(in_.data(), want) : 0;
         if (got <= 0) {
-            // The end, or a read error, which ends the file the same way.
-            if (loop_ && file_.seek(0)) {
+            // The end, or a read error, which ends the file the same way; so does a loop that went
+            // round without a frame.
+            if (loop_ && framesThisPass_ > 0 && file_.seek(0)) {
                 at_ = 0;
+                framesThisPass_ = 0;
                 return true;
             }
             // What the stretcher still holds comes out before the end.
@@ -74,6 +77,7 @@ public:
         else
             ring.write(out_.data(), static_cast<size_t>(got * 2));
         at_ += got;
+        framesThisPass_ += got;
         return true;
     }
 
@@ -86,11 +90,13 @@ private:
     std::vector<float> in_;
     std::vector<float> out_;
     std::unique_ptr<soundtouch::SoundTouch> stretch_;
+    int64_t framesThisPass_ = 0;
     bool fileDone_ = false;
     bool done_ = false;
 };
 
 std::shared_ptr<StreamingFile> StreamingFile::open(const QString& path, const Options& options) {
+    if (!(options.rate > 0) || !std::isfinite(options.rate)) return nullptr;
     SndFile probe(path);
     if (!probe.isOpen() || probe.frames() <= 0) return nullptr;
     std::shared_ptr<StreamingFile> file(new StreamingFile());

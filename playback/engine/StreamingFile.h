@@ -29,7 +29,7 @@ public:
     // Decoded by open() itself, before the worker takes over: more than any output block.
     static constexpr int64_t kPrimeFrames = 8192;
 
-    // Null when the file cannot be read or the start lies beyond its end.
+    // Null when the file cannot be read, the start lies beyond its end or the rate is not above 0.
     static std::shared_ptr<StreamingFile> open(const QString& path, const Options& options);
     ~StreamingFile() override;
 

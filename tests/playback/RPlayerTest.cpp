@@ -140,3 +140,17 @@ TEST_F(RPlayerTest, AScheduledFadeOutEndsOnItsSoundAndStopsWithoutTheEndCallback
     testenv::pumpEventsFor(50);
     EXPECT_EQ(ended, 0);
 }
+
+TEST_F(RPlayerTest, AFadeStartedDuringAnotherGoesOnFromItsLevel) {
+    auto player = std::make_shared<RPlayer>("refade", tone);
+    player->play(1.0, false, 1.0, 0.5);
+    render(0.75);
+    // Half way down the scheduled fade; from here a new fade of 0.5 s.
+    player->startFadeOut();
+    const auto out = render(0.6);
+    EXPECT_LT(rmsDb(std::vector<float>(out.begin(), out.begin() + 2 * 2205)), -9.03 - 6.02)
+        << "no jump back to full level";
+    EXPECT_LT(rmsDb(std::vector<float>(out.begin() + 2 * 22050, out.end())), -150);
+    player->idle();
+    EXPECT_FALSE(player->playing());
+}

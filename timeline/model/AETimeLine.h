@@ -260,6 +260,7 @@ public:
     // Always leaves the rate at 1.0.
     void pause();
     void playPause();
+    // A rate that is not above 0 is refused.
     void setSpeedRate(double rate);
     void startPlayIdle();
     void playingIdle();
@@ -289,6 +290,7 @@ private:
     void callUndo(bool doUndoCallback) const;
     // Keeps the scroller where it is during a change of the lanes.
     void keepViewport();
+    void pauseItems();
     Item newMainLaneItem(const std::shared_ptr<AEAsset>& asset,
                          const std::optional<AETimeRange>& range) const;
     void clearSelection();

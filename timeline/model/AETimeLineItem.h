@@ -66,6 +66,8 @@ public:
     std::optional<QImage> plotImage;
     bool modified = false;
     bool playingIdleR = false;
+    // The player ended by itself inside the item: not started again until the playhead leaves it.
+    bool playedOut = false;
 
     bool isBGM() const;
     double outTime() const;

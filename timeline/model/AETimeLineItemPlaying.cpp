@@ -22,13 +22,20 @@ bool loopable(const AETimeLineItem& item) {
 void AETimeLineItem::playingIdle(double time, const AETimeLine& timeline) {
     if (playingIdleR) return;
     playingIdleR = true;
-    if (playing && (!player || !player->playing())) playing = false;
-    const bool mayPlay = timeline.itemCanBePlayed(shared_from_this());
     // For music outTime() is bgmOutTime once computed, which is both where it stops and how long it
     // may be entered.
     const double end = outTime();
-    if (playing && (!mayPlay || time >= end)) pause();
-    if (!playing && mayPlay && player && time >= inTime && time < end) {
+    const bool inside = time >= inTime && time < end;
+    if (playing && (!player || !player->playing())) {
+        playing = false;
+        // The sound runs a little ahead of the clock: a clip that has played out before the
+        // playhead reaches its end is not started again for the last few milliseconds.
+        playedOut = inside;
+    }
+    if (!inside) playedOut = false;
+    const bool mayPlay = timeline.itemCanBePlayed(shared_from_this());
+    if (playing && (!mayPlay || !inside)) pause();
+    if (!playing && !playedOut && mayPlay && player && inside) {
         double at = range.i + (time - inTime);
         const double length = asset->duration > 0 ? asset->duration : player->duration();
         if (loopable(*this) && length > 0) at = std::fmod(at, length);
@@ -36,7 +43,7 @@ void AETimeLineItem::playingIdle(double time, const AETimeLine& timeline) {
         // end at once and start again at every tick.
         if (at < length) {
             // The fade of looping music ends on bgmOutTime, in the asset time of this play.
-            stopAt = at + (bgmOutTime - time);
+            if (loopable(*this)) stopAt = at + (bgmOutTime - time);
             play(at, timeline, playSpeedRate);
         }
     }
@@ -66,6 +73,7 @@ void AETimeLineItem::play(double at, const AETimeLine& timeline, std::optional<d
 void AETimeLineItem::pause() {
     if (player) player->pause();
     playing = false;
+    playedOut = false;
 }
 
 void AETimeLineItem::adjustVolume(double time, bool isAssetTime, bool force, const AETimeLine& timeline) {

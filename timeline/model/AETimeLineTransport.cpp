@@ -16,6 +16,7 @@
 #include "timeline/model/VirtualScroller.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -33,7 +34,9 @@ double AETimeLine::getPlayHeadTime() {
 void AETimeLine::setPlayheadTime(double time, bool center) {
     currentPHTime = time;
     if (playing) {
-        // A seek while playing restarts the clock from the new place.
+        // A seek while playing restarts the clock from the new place, and the clips from theirs at
+        // the next tick.
+        pauseItems();
         playStartedAt = nowMs();
         playStartedAtPos = time;
     }
@@ -47,6 +50,10 @@ void AETimeLine::play(std::optional<double> at) {
     // A pinch must not change the scale under a moving playhead.
     if (virtualScroller) virtualScroller->magnificationAllowed = false;
     qxLog("AETimeLine: play");
+    // One timeline plays at a time.
+    for (const auto& other : tlList())
+        if (other.get() != this && other->playing) other->pause();
+    if (playing) pauseItems();
     if (at) currentPHTime = *at;
     hideEphemeral();
     playStartedAt = nowMs();
@@ -59,14 +66,15 @@ void AETimeLine::pause() {
     getPlayHeadTime();
     playing = false;
     if (playIdleTimer) playIdleTimer->stop();
-    for (const auto& item : getCollectedItems())
-        item->pause();
+    pauseItems();
     setSpeedRate(1.0);
-    // Again: an item pass handed on before the stop may have started a player since.
-    for (const auto& item : getCollectedItems())
-        item->pause();
     allItemsPlayIdleR = false;
     if (virtualScroller) virtualScroller->magnificationAllowed = true;
+}
+
+void AETimeLine::pauseItems() {
+    for (const auto& item : getCollectedItems())
+        item->pause();
 }
 
 void AETimeLine::playPause() {
@@ -81,6 +89,10 @@ void AETimeLine::playPause() {
 }
 
 void AETimeLine::setSpeedRate(double rate) {
+    if (!(rate > 0) || !std::isfinite(rate)) {
+        qxLog("AETimeLine: speed " + QString::number(rate) + " refused");
+        return;
+    }
     if (playing) {
         // Clock and players restart together from where the playhead is, read at the old rate.
         pause();

@@ -119,20 +119,39 @@ TEST_F(AETimeLineTransportTest, PlayingFromPastTheEndStopsAtTheFirstTick) {
     EXPECT_LT(d.peak(0, 0, 0.1), 1e-6);
 }
 
-TEST_F(AETimeLineTransportTest, ASeekIntoAClipStartsItAtTheMatchingAssetTime) {
+TEST_F(AETimeLineTransportTest, ASeekStartsEachClipAtTheMatchingAssetTime) {
     threeLanesOfClicks();
-    bool seeked = false;
-    // At 0.4 the playhead jumps to 1.7, 0.7 s into b.wav: its click at 1.0 comes 0.3 s later.
-    const Decoded d = play(0.0, 1.0, [&](double time) {
-        if (!seeked && time >= 0.4) {
+    // At 0.4 back to 0.1, inside the clip that plays: its click at 0.3 again 0.2 s later. At 0.8 to
+    // 1.7, 0.7 s into b.wav: its click at 1.0 comes 0.3 s later.
+    int seeks = 0;
+    const Decoded d = play(0.0, 1.4, [&](double time) {
+        if (seeks == 0 && time >= 0.4) {
+            tl->setPlayheadTime(0.1);
+            ++seeks;
+        } else if (seeks == 1 && time >= 0.5) {
             tl->setPlayheadTime(1.7);
-            seeked = true;
+            ++seeks;
         }
     });
     const auto found = onsets(d, 0.3);
-    ASSERT_EQ(found.size(), 2u);
+    ASSERT_EQ(found.size(), 3u);
     EXPECT_NEAR(found[0], 0.3, 0.002);
-    EXPECT_NEAR(found[1], 0.4 + 0.3, 0.002);
+    EXPECT_NEAR(found[1], 0.4 + 0.2, 0.002);
+    EXPECT_NEAR(found[2], 0.8 + 0.3, 0.002);
+}
+
+TEST_F(AETimeLineTransportTest, AClipThatPlaysOutBeforeItsEndIsNotStartedAgain) {
+    // The file is half as long as its item: the clip ends inside the item, as it does for the last
+    // milliseconds of every clip when the sound runs ahead of the clock.
+    const auto asset = fileAsset(clicks("short.wav", 0.5, {0.2}));
+    asset->duration = 1.0;
+    const auto item = tl->appendItemInMainLane(asset, AETimeRange(0, 1.0), false);
+    int ends = 0;
+    item->player->endFileCallback = [&](const std::shared_ptr<RPlayer>&) { ++ends; };
+    const Decoded d = play(0.0, 1.2);
+    testenv::pumpEventsFor(100);
+    EXPECT_EQ(onsets(d, 0.3).size(), 1u);
+    EXPECT_LE(ends, 1) << "started again and ended " << ends << " times";
 }
 
 TEST_F(AETimeLineTransportTest, SoloAndEnvelopeChangesAreHeardAtTheNextTickAndMetered) {
