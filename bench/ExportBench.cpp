@@ -45,13 +45,10 @@ std::shared_ptr<AEAsset> fileAsset(const QString& file, AEAssetType type) {
     AEAsset::Args args;
     args.filePath = file;
     args.type = type;
-    args.ingest = false;
     args.generateSubsamples = false;
-    auto asset = AEAsset::make(args);
-    // Its own copy: reading it starts no ingest.
-    asset->ingestedFilePath = file;
-    asset->ingested = true;
-    return asset;
+    // Reading it starts no ingest.
+    args.isIngestedCopy = true;
+    return AEAsset::make(args);
 }
 
 struct Episode {

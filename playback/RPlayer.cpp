@@ -7,7 +7,7 @@
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "playback/engine/StreamingFile.h"
-#include "recording/AudioProbes.h"
+#include "recording/AudioFileFacts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,8 +36,10 @@ double toDb(double volume) {
 
 void FilePlayer::probe() {
     std::call_once(probed_, [this] {
-        duration_ = aUt_getAudioDuration(path);
-        nChannels_ = aUt_getAudioNChannels(path);
+        if (const auto facts = readAudioFileFacts(path, false)) {
+            duration_ = facts->duration;
+            nChannels_ = facts->channels;
+        }
     });
 }
 
@@ -145,7 +147,7 @@ double RPlayer::currentTime() const {
 void RPlayer::setCurrentTime(double seconds) {
     std::lock_guard lock(mutex_);
     // A voice that has ended is not playing: moving it must not start it again.
-    const bool wasPlaying = voice_ >= 0 && !sharedAudioEngine().mixer().ended(voice_);
+    const bool wasPlaying = playing();
     pausedAt_ = std::max(seconds, 0.0);
     if (wasPlaying) {
         removeVoice();
@@ -161,8 +163,7 @@ double RPlayer::rate() const {
 void RPlayer::applyVolume(double volume, double rampSeconds) {
     volume_ = volume;
     if (voice_ >= 0)
-        sharedAudioEngine().mixer().setGain(voice_, static_cast<float>(volume),
-                                            static_cast<int64_t>(rampSeconds * AudioEngine::kRate));
+        sharedAudioEngine().mixer().setGain(voice_, static_cast<float>(volume), toFrames(rampSeconds));
 }
 
 void RPlayer::setVolume(double volume) {

@@ -20,13 +20,10 @@ std::shared_ptr<AEAsset> assetOfRender(const QString& path, const QString& name,
     args.filePath = path;
     args.name = name;
     args.type = type;
-    // The render already lies in the ingest folder: it is its own copy.
-    args.ingest = false;
-    args.ingestedFilePath = path;
+    // The render already lies in the ingest folder.
+    args.isIngestedCopy = true;
     args.isNew = true;
-    auto asset = AEAsset::make(args);
-    asset->ingested = true;
-    return asset;
+    return AEAsset::make(args);
 }
 
 } // namespace

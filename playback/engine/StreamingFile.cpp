@@ -17,8 +17,8 @@ constexpr int64_t kChunkFrames = 4096;
 // priming, then the worker).
 class StreamingFile::Decoder {
 public:
-    Decoder(const QString& path, const Options& options, int64_t startFrame, int64_t endFrame)
-        : file_(path), loop_(options.loop), at_(startFrame), endFrame_(endFrame) {
+    Decoder(SndFile file, const Options& options, int64_t startFrame, int64_t endFrame)
+        : file_(std::move(file)), loop_(options.loop), at_(startFrame), endFrame_(endFrame) {
         if (!file_.isOpen() || !file_.seek(startFrame)) {
             done_ = true;
             return;
@@ -97,13 +97,12 @@ private:
 
 std::shared_ptr<StreamingFile> StreamingFile::open(const QString& path, const Options& options) {
     if (!(options.rate > 0) || !std::isfinite(options.rate)) return nullptr;
-    SndFile probe(path);
-    if (!probe.isOpen() || probe.frames() <= 0) return nullptr;
+    SndFile sound(path);
+    if (!sound.isOpen() || sound.frames() <= 0) return nullptr;
     std::shared_ptr<StreamingFile> file(new StreamingFile());
-    file->path_ = path;
     file->options_ = options;
-    file->rate_ = probe.sampleRate();
-    file->frames_ = probe.frames();
+    file->rate_ = sound.sampleRate();
+    file->frames_ = sound.frames();
     const auto toFrame = [&](double seconds) {
         return std::clamp<int64_t>(static_cast<int64_t>(seconds * file->rate_), 0, file->frames_);
     };
@@ -112,7 +111,7 @@ std::shared_ptr<StreamingFile> StreamingFile::open(const QString& path, const Op
     file->startFrame_ = startFrame;
     if (startFrame >= file->endFrame_) return nullptr;
     file->ring_ = std::make_unique<SpscRing>(static_cast<size_t>(kReadAheadSeconds * AudioEngine::kRate) * 2);
-    auto decoder = std::make_unique<Decoder>(path, options, startFrame, file->endFrame_);
+    auto decoder = std::make_unique<Decoder>(std::move(sound), options, startFrame, file->endFrame_);
     // Primed here, so a new voice never starts on an empty ring: its first block is its first sound.
     while (!decoder->done() && file->ring_->readable() < static_cast<size_t>(kPrimeFrames * 2))
         decoder->step(*file->ring_);

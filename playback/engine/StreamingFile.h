@@ -49,7 +49,6 @@ private:
     StreamingFile() = default;
     void work(Decoder& decoder);
 
-    QString path_;
     Options options_;
     int rate_ = 0;
     int64_t frames_ = 0;

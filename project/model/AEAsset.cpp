@@ -54,7 +54,9 @@ std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     asset->plotBGColor = colors.background;
     asset->plotFGColor = colors.foreground;
     asset->originalFilePath = a.filePath;
-    asset->ingestedFilePath = a.ingestedFilePath;
+    asset->ingestedFilePath = a.isIngestedCopy ? a.filePath : a.ingestedFilePath;
+    asset->ingested = a.isIngestedCopy;
+    const bool ingest = a.ingest && !a.isIngestedCopy;
     if (silence) {
         asset->duration = kSilenceDuration; // a silence can be cut to any length
     } else if (!a.recording) {
@@ -70,9 +72,9 @@ std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     asset->userString = a.userString;
     asset->id = silence ? kSilenceId : hallard_fileMd5(a.filePath);
     if (!a.recording && !silence) {
-        if (a.generateSubsamples && !a.ingest) {
+        if (a.generateSubsamples && !ingest) {
             asset->performSubasmples();
-        } else if (a.ingest) {
+        } else if (ingest) {
             const QString copyName = AEIngest::ingestedName(a.filePath, asset->id);
             if (AEIngest::isIngested(copyName)) {
                 // Dropped before: the copy is there already.

@@ -36,6 +36,9 @@ public:
         int bitDepth = 0;
         QString ingestedFilePath;
         bool ingest = true;
+        // The file is its own ingested copy (a render made in the ingest folder): usable as it
+        // stands, nothing to ingest.
+        bool isIngestedCopy = false;
         bool temporary = false;
         QString userString;
         bool recording = false;

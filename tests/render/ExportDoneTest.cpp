@@ -86,13 +86,7 @@ TEST_F(ExportDoneTest, TagsPictureAndChaptersSurviveAsID3v23) {
     EXPECT_EQ(probed.tag("genre"), "Podcast");
     EXPECT_EQ(probed.tag("date"), "2021");
     EXPECT_EQ(probed.tag("comment"), notes);
-    ASSERT_EQ(probed.chapters.size(), 2u);
-    EXPECT_EQ(probed.chapters[0].start, 10000);
-    EXPECT_EQ(probed.chapters[0].end, 19990);
-    EXPECT_EQ(probed.chapters[0].title, "One");
-    EXPECT_EQ(probed.chapters[1].start, 20000);
-    EXPECT_EQ(probed.chapters[1].end, 30000);
-    EXPECT_EQ(probed.chapters[1].title, QString::fromUtf8("Zwei; \"B\" = #"));
+    expectTwoChapters(probed, QString::fromUtf8("Zwei; \"B\" = #"));
 }
 
 TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {

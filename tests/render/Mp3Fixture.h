@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <map>
+#include <optional>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/chapterframe.h>
 #include <taglib/commentsframe.h>
@@ -68,6 +69,21 @@ struct Probed {
 
 class Mp3Fixture : public ToolFixture {
 protected:
+    // The two chapters the tests write, as ffprobe reads them back: "One" from 10 s to 10 ms before
+    // the second, which runs from 20 s to the end at 30 s.
+    static void expectTwoChapters(const Probed& probed,
+                                  const std::optional<QString>& secondTitle = std::nullopt) {
+        ASSERT_EQ(probed.chapters.size(), 2u);
+        EXPECT_EQ(probed.chapters[0].start, 10000);
+        EXPECT_EQ(probed.chapters[0].end, 19990);
+        EXPECT_EQ(probed.chapters[0].title, "One");
+        EXPECT_EQ(probed.chapters[1].start, 20000);
+        EXPECT_EQ(probed.chapters[1].end, 30000);
+        if (secondTitle) {
+            EXPECT_EQ(probed.chapters[1].title, *secondTitle);
+        }
+    }
+
     static QString qs(const TagLib::String& s) { return QString::fromStdString(s.to8Bit(true)); }
     static QString qs(const TagLib::ByteVector& b) { return QString::fromLatin1(b.data(), int(b.size())); }
 
