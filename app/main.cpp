@@ -1,3 +1,4 @@
+#include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
 #include "foundation/Interaction.h"
 #include "playback/engine/AudioEngine.h"
@@ -22,6 +23,7 @@ int main(int argc, char** argv) {
     else
         setUserInteraction(std::make_shared<WidgetInteraction>());
 
+    AS::installToolLocator();
     // The default sound device, or the null output when there is none.
     sharedAudioEngine().startDeviceOutput();
 

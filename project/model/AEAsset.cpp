@@ -1,11 +1,11 @@
 #include "project/model/AEAsset.h"
 
-#include "app/core/Slowder.h"
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Hallard.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
+#include "foundation/Slowder.h"
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEAssetDucking.h"
 #include "project/model/AEBGMSettings.h"

@@ -1,9 +1,9 @@
 #include "project/model/AEEpisode.h"
 
-#include "app/core/Slowder.h"
 #include "foundation/Execution.h"
 #include "foundation/Hallard.h"
 #include "foundation/Log.h"
+#include "foundation/Slowder.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEIngest.h"
