@@ -23,11 +23,11 @@ struct ProcessRequest {
     // False sends standard output to the null device.
     bool keepOutput = true;
     // Each piece of standard output as it comes; set, the result's output stays empty.
-    std::function<void(const QByteArray& chunk)> onOutput;
+    std::function<void(const QByteArray& chunk)> onOutput = {};
     // Milliseconds from the start; negative waits as long as it takes. A program past it is killed.
     int timeoutMs = -1;
     // Asked a few times a second while the program runs; true kills it.
-    std::function<bool()> cancelled;
+    std::function<bool()> cancelled = {};
     // Logs the program and its vector before the start.
     bool logVector = false;
     // Names the caller in the log lines of a failed start or a kill.

@@ -20,7 +20,6 @@ QString quotedList(const QStringList& arguments) {
 void logStart(const QString& launchPath, const QStringList& arguments, bool ignoreOut) {
     qxLog("shell (launchPath: " + launchPath + ", arguments: " + quotedList(arguments) +
           ", ignoreOut: " + (ignoreOut ? "true" : "false") + ")");
-    qxLog((QStringList{launchPath} + arguments).join(u' '));
 }
 
 // "" when the bytes are not UTF-8.
@@ -59,6 +58,7 @@ QString shell(const QString& launchPath, const QStringList& arguments, bool igno
     if (!launchPathOrAlert(launchPath)) return {};
     logStart(launchPath, arguments, ignoreOut);
     ProcessRequest request{.program = launchPath, .arguments = arguments, .keepOutput = !ignoreOut};
+    request.logVector = true;
     request.label = "shell";
     const ProcessResult result = runProcess(request);
     if (ignoreOut || !result.started) return {};
@@ -71,6 +71,7 @@ QString shell2(const QString& launchPath, const QStringList& arguments) {
     if (!launchPathOrAlert(launchPath)) return {};
     logStart(launchPath, arguments, false);
     ProcessRequest request{.program = launchPath, .arguments = arguments, .errors = ProcessErrors::merge};
+    request.logVector = true;
     request.label = "shell";
     return decoded(runProcess(request).output);
 }

@@ -35,7 +35,7 @@ public:
     std::optional<AEPlayHead> playhead;
     std::optional<AEPlayHead> ephemeralPlayhead;
     std::optional<AEPlayHead> nearestCut;
-    // The view follows the playhead; the window sets it from the user's preference.
+    // The view follows the playhead.
     bool autoScroll = true;
     double autoScrollSlidePercentage = 0.5;
     double rightMaxBoundPercentage = 0.05;
