@@ -1,8 +1,8 @@
 #include "render/AUAudioConvolution.h"
 
-#include "../recording/AudioFileMaker.h"
 #include "dsp/AUAudio.h"
 #include "dsp/Levels.h"
+#include "support/TestAudio.h"
 #include "timeline/model/AEKeyframeList.h"
 
 #include <QFile>
@@ -46,7 +46,7 @@ TEST(AUAudioConvolutionEnvelope, LinearInAmplitudeBetweenPoints) {
 }
 
 TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeAndTheHalvesRemoved) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString src = make.path("src.wav");
     AUAudio::saveStereoArrayIntoAudioFile16(V(44100, 0.5f), V(44100, -0.25f), 44100, src);
     auto kfs = std::make_shared<AEKeyframeList>();

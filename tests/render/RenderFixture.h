@@ -3,7 +3,7 @@
 // installed sox, assets that point at them without starting an ingest, and the onsets of a rendered
 // file.
 
-#include "../render/tools/ToolFixture.h"
+#include "render/tools/ToolFixture.h"
 #include "../timeline/model/TimelineFixture.h"
 #include "dsp/AUAudio.h"
 #include "foundation/Execution.h"

@@ -1,8 +1,7 @@
 #include "TimelineFixture.h"
-#include "foundation/Interaction.h"
-#include "foundation/Log.h"
 #include "project/model/AEAssetDB.h"
 #include "support/ArchiveEdit.h"
+#include "support/ScriptedSession.h"
 #include "timeline/model/AEKeyframeView.h"
 
 #include <QFile>
@@ -13,7 +12,6 @@
 #include <QTemporaryDir>
 #include <functional>
 #include <iostream>
-#include <mutex>
 #include <time.h>
 
 using namespace tlfixture;
@@ -103,22 +101,8 @@ QStringList idsOf(const AETimeLine::Items& items) {
 
 } // namespace
 
-class AETimeLineArchive : public ::testing::Test {
+class AETimeLineArchive : public ::testing::Test, protected ScriptedSession {
 protected:
-    void SetUp() override {
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
-        logToken = addLogSink([this](const QString& line) {
-            std::lock_guard lock(logMutex);
-            logLines << line;
-        });
-    }
-
-    void TearDown() override {
-        removeLogSink(logToken);
-        setUserInteraction(nullptr);
-    }
-
     // An asset the store can find by id when the timeline comes back.
     static std::shared_ptr<AEAsset> stored(const QString& id, double duration,
                                            AEAssetType type = AEAssetType::speech) {
@@ -139,11 +123,6 @@ protected:
         const QString file = path(tl->id);
         EXPECT_TRUE(tl->save(file));
         return file;
-    }
-
-    int logged(const QString& line) {
-        std::lock_guard lock(logMutex);
-        return static_cast<int>(logLines.count(line));
     }
 
     QStringList alerts() const {
@@ -170,10 +149,6 @@ protected:
     }
 
     QTemporaryDir dir;
-    std::shared_ptr<ScriptedInteraction> door;
-    std::mutex logMutex;
-    QStringList logLines;
-    int logToken = 0;
 };
 
 TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
@@ -210,10 +185,10 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     const QString file = saved(tl);
     last->volumeKFs->sortKFs();
     const QByteArray before = KeyedArchiver::archivedData(tl);
-    EXPECT_EQ(logged("Saving timeline..."), 1);
+    EXPECT_EQ(loggedCount("Saving timeline..."), 1);
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
-    EXPECT_EQ(logged("Loading timeline: " + file), 1);
+    EXPECT_EQ(loggedCount("Loading timeline: " + file), 1);
     EXPECT_EQ(back->id, "roundTrip");
     EXPECT_EQ(idsOf(back->mainLane), idsOf(tl->mainLane));
     EXPECT_EQ(idsOf(back->attachedItems), idsOf(tl->attachedItems));
@@ -383,10 +358,10 @@ TEST_F(AETimeLineArchive, AnItemWithAForeignAssetIdIsDroppedAndTheRestLoads) {
         SCOPED_TRACE(what);
         const QString file = threeClips("foreignAssetId");
         editItem(file, "m1", [&](QJsonObject& k) { k["assetId"] = value; });
-        const int failuresBefore = logged(kItemFailed);
+        const int failuresBefore = loggedCount(kItemFailed);
         const auto back = AETimeLine::load(file);
         ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(loggedCount(kItemFailed), failuresBefore + 1);
         EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
         EXPECT_EQ(back->mainLane[1]->inTime, 10.0) << "the main lane closes up";
         EXPECT_EQ(idsOf(back->attachedItems), QStringList({"a1"}));
@@ -400,10 +375,10 @@ TEST_F(AETimeLineArchive, AnItemMissingARequiredKeyIsDroppedAndTheRestLoads) {
         SCOPED_TRACE(key);
         const QString file = threeClips("missingKey");
         editItem(file, "m1", [&](QJsonObject& k) { k.remove(key); });
-        const int failuresBefore = logged(kItemFailed);
+        const int failuresBefore = loggedCount(kItemFailed);
         const auto back = AETimeLine::load(file);
         ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(loggedCount(kItemFailed), failuresBefore + 1);
         EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
         EXPECT_EQ(idsOf(back->attachedItems), QStringList({"a1"}));
         expectInvariants(*back);
@@ -434,7 +409,7 @@ TEST_F(AETimeLineArchive, AnItemWithoutAssetIdKeepsItsPlaceWithAPlaceholder) {
     editItem(file, "m1", [](QJsonObject& k) { k.remove("assetId"); });
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
-    EXPECT_EQ(logged(kItemFailed), 0);
+    EXPECT_EQ(loggedCount(kItemFailed), 0);
     ASSERT_EQ(idsOf(back->mainLane), QStringList({"m0", "m1", "m2"}));
     const auto& placeholder = back->mainLane[1]->asset;
     EXPECT_TRUE(placeholder->id.isEmpty());
@@ -477,10 +452,10 @@ TEST_F(AETimeLineArchive, TimesThatCannotBeTimesRejectTheItemWithoutACrash) {
         SCOPED_TRACE(c.what);
         const QString file = threeClips("badTime");
         c.damage(file);
-        const int failuresBefore = logged(kItemFailed);
+        const int failuresBefore = loggedCount(kItemFailed);
         const auto back = AETimeLine::load(file);
         ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(loggedCount(kItemFailed), failuresBefore + 1);
         EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
         EXPECT_EQ(back->getMainLaneOutTime(), 15.0);
         expectInvariants(*back);
@@ -525,7 +500,7 @@ TEST_F(AETimeLineArchive, EnormousButRealTimesLoad) {
     editItem(file, "a1", [&](QJsonObject& k) { k["inTime"] = archivedDouble(hours / 2); });
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
-    EXPECT_EQ(logged(kItemFailed), 0);
+    EXPECT_EQ(loggedCount(kItemFailed), 0);
     ASSERT_EQ(idsOf(back->mainLane), QStringList({"m0", "m1", "m2"}));
     EXPECT_EQ(back->mainLane[2]->inTime, 10.0 + hours);
     EXPECT_EQ(back->getMainLaneOutTime(), 15.0 + hours);
@@ -611,7 +586,7 @@ TEST_F(AETimeLineArchive, TenThousandItemsLoadQuickly) {
     ASSERT_EQ(back->attachedItems.size(), static_cast<size_t>(kAttached));
     EXPECT_EQ(back->mainLane.back()->inTime, 2.0 * (kMain - 1));
     EXPECT_EQ(back->attachedItems.back()->inTime, 4.0 * (kAttached - 1));
-    EXPECT_EQ(logged(kItemFailed), 0);
+    EXPECT_EQ(loggedCount(kItemFailed), 0);
     expectInvariants(*back);
 #if defined(__SANITIZE_ADDRESS__)
     constexpr qint64 kBudgetMs = 20000;
@@ -627,12 +602,12 @@ TEST_F(AETimeLineArchive, ALaneNumberNoLayoutCouldReachRejectsTheItem) {
         SCOPED_TRACE(lane);
         const QString file = threeClips("wildLane");
         editItem(file, "a1", [&](QJsonObject& k) { k["lane"] = QJsonObject{{"int", lane}}; });
-        const int failuresBefore = logged(kItemFailed);
+        const int failuresBefore = loggedCount(kItemFailed);
         const qint64 start = threadCpuMs();
         const auto back = AETimeLine::load(file);
         EXPECT_LT(threadCpuMs() - start, 1000);
         ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(loggedCount(kItemFailed), failuresBefore + 1);
         EXPECT_TRUE(back->attachedItems.empty());
         EXPECT_EQ(back->mainLane.size(), 3u);
     }
