@@ -2,6 +2,7 @@
 // Test audio in a temporary folder that goes with its maker: made by the real tools (sox, ffmpeg,
 // espeak-ng) or written sample by sample through libsndfile, and read back with libsndfile.
 
+#include "dsp/AUAudio.h"
 #include "dsp/SndFile.h"
 
 #include <QFile>
@@ -84,6 +85,22 @@ public:
         const QString out = path(name);
         run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", "16",
                              out, "trim", "0", QString::number(seconds)});
+        return out;
+    }
+
+    // `seconds` long, a 2 ms burst of 1 kHz at its start, silence after.
+    QString click(const QString& name, double seconds, int channels = 1) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", {"-n", "-r", "44100", "-c", QString::number(channels), "-b", "16", out, "synth",
+                             "0.002", "sine", "1000", "pad", "0", QString::number(seconds - 0.002)});
+        return out;
+    }
+
+    // Every sample `value` (of full scale), 16-bit mono.
+    QString level(const QString& name, double seconds, float value) const {
+        const QString out = path(name);
+        AUAudio::saveArrayIntoAudioFile16(std::vector<float>(static_cast<size_t>(seconds * 44100), value),
+                                          44100, out);
         return out;
     }
 

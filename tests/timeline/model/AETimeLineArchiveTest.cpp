@@ -160,8 +160,8 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     auto first = tl->appendItemInMainLane(speech, std::nullopt, false);
     auto quiet = tl->appendItemInMainLane(silence(), AETimeRange(0, 5), false);
     auto last = tl->appendItemInMainLane(talk, std::nullopt, false);
-    const auto early = first->addMarker(3.0, std::nullopt, "early", AEMarkerType::normal);
-    const auto late = first->addMarker(15.0, std::nullopt, "late", AEMarkerType::chapter);
+    first->addMarker(3.0, std::nullopt, "early", AEMarkerType::normal);
+    first->addMarker(15.0, std::nullopt, "late", AEMarkerType::chapter);
     tl->sliceMainLane(10.0, false);
     ASSERT_EQ(tl->mainLane.size(), 4u);
     auto second = tl->mainLane[1];
@@ -175,8 +175,7 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     tl->soloItem(quiet);
     auto bgm = tl->attachItem(music, -1, 5.0, std::nullopt, false, false);
     tl->adjustBGM();
-    const auto gone =
-        tl->attachItem(asset("arch.rt.gone", 4, AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
+    tl->attachItem(asset("arch.rt.gone", 4, AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
     tl->currentPHTime = 12.5;
     tl->currentViewRange = AETimeRange(4, 44);
     ASSERT_EQ(bgm->bgmOutTime, 55.0);
@@ -189,32 +188,15 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
     EXPECT_EQ(loggedCount("Loading timeline: " + file), 1);
-    EXPECT_EQ(back->id, "roundTrip");
-    EXPECT_EQ(idsOf(back->mainLane), idsOf(tl->mainLane));
-    EXPECT_EQ(idsOf(back->attachedItems), idsOf(tl->attachedItems));
-    for (size_t n = 0; n < back->mainLane.size(); ++n) {
-        EXPECT_EQ(back->mainLane[n]->inTime, tl->mainLane[n]->inTime) << n;
-        EXPECT_TRUE(back->mainLane[n]->range.isEqual(tl->mainLane[n]->range)) << n;
-    }
+    // What the file holds (ids, times, ranges, flags, envelopes, markers, the playhead and the view)
+    // is checked at the end by archiving again; here, what a load must make of it in memory.
     EXPECT_EQ(back->mainLane[0]->asset, speech) << "a known asset is the store's live instance";
     EXPECT_EQ(back->mainLane[3]->asset, talk);
-
-    const auto& backQuiet = back->mainLane[2];
-    EXPECT_EQ(backQuiet->asset->type, AEAssetType::silence);
-    EXPECT_EQ(backQuiet->asset->id, "AESilence");
-    EXPECT_EQ(backQuiet->solo, true);
-    EXPECT_EQ(backQuiet->active, true);
-    EXPECT_FALSE(backQuiet->player);
+    EXPECT_EQ(back->mainLane[2]->asset->type, AEAssetType::silence);
+    EXPECT_FALSE(back->mainLane[2]->player);
 
     const auto& backLast = back->mainLane[3];
-    EXPECT_EQ(backLast->active, false);
-    EXPECT_EQ(backLast->solo, false);
-    ASSERT_EQ(backLast->volumeKFs->keyframes.size(), 3u);
-    const std::vector<std::pair<double, double>> sorted = {{2.0, -6.0}, {5.0, 0.0}, {8.0, -3.0}};
-    for (size_t k = 0; k < sorted.size(); ++k) {
-        EXPECT_EQ(backLast->volumeKFs->keyframes[k]->time, sorted[k].first);
-        EXPECT_EQ(backLast->volumeKFs->keyframes[k]->value, sorted[k].second);
-    }
+    EXPECT_EQ(backLast->volumeKFs->keyframes.front()->time, 2.0) << "keyframes come back sorted";
     EXPECT_EQ(backLast->kfView->keyframes, backLast->volumeKFs) << "the editor shows the list that was read";
 
     const auto& a = back->mainLane[0];
@@ -224,32 +206,16 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     EXPECT_EQ(a->markers[0], b->markers[0]) << "a marker shared by two items stays one object";
     EXPECT_EQ(a->markers[1], b->markers[1]);
     EXPECT_NE(a->markers[0], a->markers[1]);
-    EXPECT_EQ(a->markers[0]->id, early->id);
-    EXPECT_EQ(a->markers[0]->inTime, 3.0);
-    EXPECT_EQ(a->markers[0]->notes, "early");
-    EXPECT_EQ(a->markers[1]->id, late->id);
-    EXPECT_EQ(a->markers[1]->type, AEMarkerType::chapter);
 
     const auto backBgm = back->getBGMs();
     ASSERT_EQ(backBgm.size(), 1u);
-    EXPECT_EQ(backBgm[0]->bgmOutTime, 55.0);
     ASSERT_TRUE(backBgm[0]->fadeOutKFS);
-    ASSERT_EQ(backBgm[0]->fadeOutKFS->keyframes.size(), 2u);
-    for (size_t k = 0; k < 2; ++k) {
-        EXPECT_EQ(backBgm[0]->fadeOutKFS->keyframes[k]->time, bgm->fadeOutKFS->keyframes[k]->time);
-        EXPECT_EQ(backBgm[0]->fadeOutKFS->keyframes[k]->value, bgm->fadeOutKFS->keyframes[k]->value);
-    }
     EXPECT_EQ(backBgm[0]->globalKFS, backBgm[0]->fadeOutKFS)
         << "with no envelope of its own the fade is applied";
 
-    const auto backGone = back->attachedItems[1];
-    EXPECT_EQ(backGone->id, gone->id);
-    EXPECT_EQ(backGone->asset->id, "arch.rt.gone") << "the placeholder keeps the reference";
+    EXPECT_EQ(back->attachedItems[1]->asset->id, "arch.rt.gone") << "the placeholder keeps the reference";
     EXPECT_EQ(alerts(), QStringList({"alert: Warning | Asset arch.rt.gone unavailable"}))
         << "silence is never looked up, known assets are found";
-
-    EXPECT_EQ(back->currentPHTime, 12.5);
-    EXPECT_TRUE(back->currentViewRange.isEqual(AETimeRange(4, 44)));
     EXPECT_FALSE(back->mustDraw);
     EXPECT_EQ(back->getCollectedItems().size(), 6u);
     expectInvariants(*back);
