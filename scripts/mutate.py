@@ -3,7 +3,7 @@
 
 Each line of scripts/mutants.txt names a source file, a piece of text in it, what
 replaces it and the gtest filter of the suites that should notice. One mutant at a
-time is written into the source, core_tests is rebuilt incrementally in its own
+time is written into the source, mutation_tests (the suites named in the list) is rebuilt incrementally in its own
 build folder, the filtered tests run under a time limit, and the source is put back.
 
   scripts/mutate.py [--build build-mut] [--results mutation-results.txt] [--only ID,...]
@@ -54,7 +54,7 @@ def configure(build):
 
 def build_tests(build, limit):
     try:
-        done = subprocess.run(["cmake", "--build", str(build), "--target", "core_tests", "-j2"],
+        done = subprocess.run(["cmake", "--build", str(build), "--target", "mutation_tests", "-j2"],
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=limit)
         return done.returncode == 0, done.stdout.decode(errors="replace")
     except subprocess.TimeoutExpired:
@@ -64,7 +64,7 @@ def build_tests(build, limit):
 def run_tests(build, gtest_filter, limit):
     env = dict(os.environ, QT_QPA_PLATFORM="offscreen")
     try:
-        done = subprocess.run([str(build / "tests" / "core_tests"), f"--gtest_filter={gtest_filter}"],
+        done = subprocess.run([str(build / "tests" / "mutation_tests"), f"--gtest_filter={gtest_filter}"],
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=limit, env=env)
         return "survived" if done.returncode == 0 else "killed"
     except subprocess.TimeoutExpired:
@@ -95,7 +95,7 @@ def main():
     ok, log = build_tests(build, args.build_limit)
     every_filter = ":".join(sorted({f for m in mutants for f in m["filter"].split(":")}))
     if not ok or run_tests(build, every_filter, args.test_limit * 4) != "survived":
-        sys.exit("core_tests must build and pass before mutating:\n" + log[-3000:])
+        sys.exit("mutation_tests must build and pass before mutating:\n" + log[-3000:])
 
     done = {}
     if results.exists():
