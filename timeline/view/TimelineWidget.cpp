@@ -35,6 +35,31 @@ const QColor kNearestCut(0xff, 0xd0, 0x60);
 
 // The modifiers standing for the platform's: Command is Ctrl; Control (blade) is Alt; the multi-cut
 // chord is Ctrl+Alt+Shift; Shift alone is the drag mode.
+Qt::KeyboardModifier modifierOf(int key) {
+    switch (key) {
+    case Qt::Key_Shift:
+        return Qt::ShiftModifier;
+    case Qt::Key_Control:
+        return Qt::ControlModifier;
+    case Qt::Key_Alt:
+        return Qt::AltModifier;
+    case Qt::Key_Meta:
+        return Qt::MetaModifier;
+    default:
+        return Qt::NoModifier;
+    }
+}
+
+// The modifiers held after the event: platforms differ on whether a modifier's own key event counts it.
+Qt::KeyboardModifiers heldAfter(const QKeyEvent& event) {
+    Qt::KeyboardModifiers held = event.modifiers();
+    if (event.type() == QEvent::KeyPress)
+        held |= modifierOf(event.key());
+    else
+        held &= ~Qt::KeyboardModifiers(modifierOf(event.key()));
+    return held;
+}
+
 AEEditorMode modeFor(Qt::KeyboardModifiers m) {
     const bool ctrl = m.testFlag(Qt::ControlModifier);
     const bool alt = m.testFlag(Qt::AltModifier);
@@ -386,9 +411,9 @@ void TimelineWidget::applyModifiers(Qt::KeyboardModifiers modifiers) {
 
 void TimelineWidget::keyPressEvent(QKeyEvent* event) {
     if (!timeline_) return QWidget::keyPressEvent(event);
-    applyModifiers(event->modifiers());
+    applyModifiers(heldAfter(*event));
     const int key = event->key();
-    if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_Meta) {
+    if (modifierOf(key) != Qt::NoModifier) {
         event->accept();
         return;
     }
@@ -409,7 +434,7 @@ void TimelineWidget::keyPressEvent(QKeyEvent* event) {
 }
 
 void TimelineWidget::keyReleaseEvent(QKeyEvent* event) {
-    applyModifiers(event->modifiers());
+    applyModifiers(heldAfter(*event));
     QWidget::keyReleaseEvent(event);
 }
 
