@@ -219,8 +219,10 @@ AEMouseEvent TimelineWidget::modelEvent(QPointF widgetPoint, Qt::KeyboardModifie
 void TimelineWidget::paintEvent(QPaintEvent*) {
     QPainter p(this);
     const QRect canvas = canvasRect();
-    p.fillRect(rect(), palette().window());
-    if (!lanes_.isNull()) p.drawImage(canvas.topLeft(), lanes_);
+    if (lanes_.isNull())
+        p.fillRect(canvas, palette().window());
+    else
+        p.drawImage(canvas.topLeft(), lanes_);
     if (!timeline_ || !timeline_->view) return;
     const AETimeLineView& view = *timeline_->view;
     const double H = canvas.height();
@@ -296,8 +298,17 @@ void TimelineWidget::overlayTick() {
         if (allLoaded) timeline_->mustDraw = true;
     }
     const AETimeLineView& view = *timeline_->view;
-    QString state = headState(view.playhead) + '|' + headState(view.ephemeralPlayhead) + '|' +
-                    headState(view.nearestCut) + '|' +
+    // While playing only the playhead moves: the strips it leaves and enters are repainted.
+    const std::optional<double> head = view.playhead && !view.playhead->hidden
+                                           ? std::optional(view.playhead->x + view.playhead->originX)
+                                           : std::nullopt;
+    if (head != playheadX_) {
+        const int h = canvasRect().height();
+        for (const auto& x : {playheadX_, head})
+            if (x) update(QRect(static_cast<int>(std::floor(*x)) - 7, 0, 16, h));
+        playheadX_ = head;
+    }
+    QString state = headState(view.ephemeralPlayhead) + '|' + headState(view.nearestCut) + '|' +
                     (balloon_ ? QString::number(balloon_->second) : QString());
     if (timeline_->dragRangeRect) {
         const QRectF& r = *timeline_->dragRangeRect;
@@ -324,7 +335,6 @@ void TimelineWidget::mousePressEvent(QMouseEvent* event) {
     } else {
         timeline_->mouseDown(e);
     }
-    timeline_->idle();
 }
 
 void TimelineWidget::mouseMoveEvent(QMouseEvent* event) {
@@ -334,7 +344,6 @@ void TimelineWidget::mouseMoveEvent(QMouseEvent* event) {
         timeline_->mouseDrag(e);
     else if (!pressed_)
         timeline_->mouseMoved(e);
-    timeline_->idle();
 }
 
 void TimelineWidget::mouseReleaseEvent(QMouseEvent* event) {
@@ -345,7 +354,6 @@ void TimelineWidget::mouseReleaseEvent(QMouseEvent* event) {
         return;
     }
     timeline_->mouseUp(modelEvent(event->position(), event->modifiers()));
-    timeline_->idle();
 }
 
 void TimelineWidget::leaveEvent(QEvent* event) {
@@ -421,7 +429,6 @@ void TimelineWidget::keyPressEvent(QKeyEvent* event) {
     const Qt::KeyboardModifiers chord = event->modifiers() & ~Qt::KeypadModifier;
     const bool repeatable = key == Qt::Key_Left || key == Qt::Key_Right;
     if (chord == Qt::NoModifier && (repeatable || !event->isAutoRepeat()) && timeline_->handleKeydown(key)) {
-        timeline_->idle();
         event->accept();
         return;
     }
