@@ -45,13 +45,13 @@ void run(const QByteArray& input) {
                            static_cast<size_t>(input.size()));
 }
 
-QRandomGenerator& random() {
+QRandomGenerator& generator() {
     static QRandomGenerator generator(20261123u);
     return generator;
 }
 
 int below(qsizetype n) {
-    return n <= 0 ? 0 : static_cast<int>(random().bounded(static_cast<quint32>(n)));
+    return n <= 0 ? 0 : static_cast<int>(generator().bounded(static_cast<quint32>(n)));
 }
 
 // Every value of the document, as a path of keys and indexes from the top.
@@ -133,7 +133,7 @@ QJsonValue interesting(const QJsonValue& root, const std::vector<Path>& paths) {
                                        QJsonObject{{"ref", 0}},
                                        QJsonObject{{"ref", 1}}};
     // Half the time a value from elsewhere in the same file: references, ranges and lists move around.
-    if (random().bounded(2))
+    if (generator().bounded(2))
         return valueAt(root, paths[static_cast<size_t>(below(static_cast<qsizetype>(paths.size())))]);
     return kinds[below(std::size(kinds))];
 }
@@ -233,7 +233,7 @@ int main(int argc, char** argv) {
     constexpr size_t kPoolLimit = 4096;
     while (clock.elapsed() < seconds * 1000.0) {
         const QByteArray& parent = pool[static_cast<size_t>(below(static_cast<qsizetype>(pool.size())))];
-        QByteArray child = random().bounded(4) ? mutateJson(parent) : mutateBytes(parent);
+        QByteArray child = generator().bounded(4) ? mutateJson(parent) : mutateBytes(parent);
         if (child.isEmpty()) child = mutateBytes(parent);
         run(child);
         ++runs;

@@ -209,7 +209,9 @@ TEST_P(BadInput, EveryEntryPointRefusesWithTheReasonAndWritesNothing) {
             EXPECT_EQ(transcript.back(), "alert: Not Added | " + message);
         } else {
             EXPECT_EQ(transcript.size(), alertsBefore);
-            if (entry.missingIsRefused || QFileInfo::exists(path)) EXPECT_TRUE(logged(message));
+            if (entry.missingIsRefused || QFileInfo::exists(path)) {
+                EXPECT_TRUE(logged(message));
+            }
         }
     }
 }
