@@ -28,6 +28,7 @@ std::vector<std::shared_ptr<AEAsset>> AEAssetIngestDone(const std::shared_ptr<AE
     std::vector<std::shared_ptr<AEAsset>> made;
     for (const auto& path : paths) {
         auto asset = newSpeechAsset(path);
+        if (!asset) continue;
         if (normalize) {
             asset->doAutoGain = true;
             asset->autoGain(true);
@@ -38,7 +39,7 @@ std::vector<std::shared_ptr<AEAsset>> AEAssetIngestDone(const std::shared_ptr<AE
         AEEpisode::appendAsset(AEEpisodeAssetListVCGlobal, asset);
         made.push_back(asset);
     }
-    saveShow();
+    if (!made.empty()) saveShow();
     return made;
 }
 
@@ -46,10 +47,11 @@ std::vector<std::shared_ptr<AEAsset>> ingestCommonAssets(const QStringList& path
     std::vector<std::shared_ptr<AEAsset>> made;
     for (const auto& path : paths) {
         auto asset = newSpeechAsset(path);
+        if (!asset) continue;
         AEAssetListVCGlobal.push_back(asset);
         if (zendrelShow) zendrelShow->commonAssets.push_back(asset);
         made.push_back(asset);
     }
-    saveShow();
+    if (!made.empty()) saveShow();
     return made;
 }

@@ -1,6 +1,7 @@
 #pragma once
 // What a drop of files onto an episode or onto the common list does once the person has said how:
-// the answers are remembered, each file becomes a new speech asset, and the show is saved.
+// the answers are remembered, each file the media check accepts becomes a new speech asset (the
+// person is told about each refused one), and the show is saved when anything was added.
 // Main thread.
 
 #include <QStringList>

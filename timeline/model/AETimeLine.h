@@ -60,6 +60,10 @@ public:
     static QString persistPath(const QString& path, const QString& customId);
     bool save(const QString& path) const;
     static std::shared_ptr<AETimeLine> load(const QString& path);
+    // What breaks the model's invariants (gapless main lane on lane 0, attached items on their own
+    // lanes without overlaps and with a length, music ending after it starts, no item listed twice);
+    // nothing when they hold. The decoder refuses a file that still breaks them after its repairs.
+    std::optional<QString> invariantFault() const;
 
     // Document.
     QString id;
