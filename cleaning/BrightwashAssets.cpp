@@ -4,7 +4,10 @@
 #include "foundation/Execution.h"
 #include "foundation/Interaction.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEEpisode.h"
 #include "project/model/AEMarker.h"
+#include "project/model/AssetDrop.h"
+#include "project/model/Globals.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 
@@ -85,6 +88,7 @@ void BrightwashAssets::removeFromList(const std::shared_ptr<AEAsset>& asset) {
 
 void BrightwashAssets::moveTimelineItems(const std::shared_ptr<AEAsset>& from,
                                          const std::shared_ptr<AEAsset>& to) {
+    const auto timeline = this->timeline ? this->timeline : currentTimeline ? currentTimeline() : nullptr;
     if (!timeline) return;
     std::vector<std::shared_ptr<AETimeLineItem>> moving;
     for (const auto* lane : {&timeline->mainLane, &timeline->attachedItems})
@@ -154,4 +158,19 @@ void BrightwashAssets::brightwasherDone(const QString& path) {
     }
     refresh();
     if (ended) ended(path);
+}
+
+BrightwashAssets& episodeBrightwash() {
+    static BrightwashAssets controller(AEEpisodeAssetListVCGlobal);
+    return controller;
+}
+
+void installIngestBrightwash() {
+    episodeBrightwash().refreshList = [] { AEEpisodeAssetListVCMustUpdate = true; };
+    episodeBrightwash().currentTimeline = [] {
+        return AEEpisodeSelected ? AEEpisodeSelected->timeline : nullptr;
+    };
+    assetDropBrightwash = [](const std::shared_ptr<AEAsset>& asset) {
+        episodeBrightwash().brightwashAsset(asset, false);
+    };
 }

@@ -32,8 +32,9 @@ public:
     // `assets` is the episode's list as the window shows it; it must outlive this object.
     explicit BrightwashAssets(Assets& assets);
 
-    std::shared_ptr<AETimeLine> timeline;      // items of a replaced source follow; may be null
-    std::function<void()> refreshList;         // the asset list changed
+    std::shared_ptr<AETimeLine> timeline; // items of a replaced source follow; may be null
+    std::function<std::shared_ptr<AETimeLine>()> currentTimeline; // asked when `timeline` is null
+    std::function<void()> refreshList;                            // the asset list changed
     std::function<void(const QString&)> ended; // after brightwasherDone, with the result path
     std::vector<BrightwashingItem> brightwashingList;
 
@@ -55,3 +56,9 @@ private:
     Assets& assets_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
+
+// The controller over the selected episode's asset list (AEEpisodeAssetListVCGlobal), which asks the
+// list to redraw through AEEpisodeAssetListVCMustUpdate. Installing it also makes ingest with
+// "Brightwash" ticked clean each dropped asset, keeping the source.
+BrightwashAssets& episodeBrightwash();
+void installIngestBrightwash();

@@ -7,8 +7,10 @@
 #include "foundation/Prog.h"
 
 #include <QFile>
+#include <QStringList>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 

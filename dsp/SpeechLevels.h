@@ -29,6 +29,7 @@ public:
     const std::vector<float>& means(size_t amount) const;
     std::vector<float> tenthSampleMaxima;
 
+    // With nothing wanted, only the header is read.
     static SpeechLevels fromFile(const QString& path, const Wanted& wanted);
     static SpeechLevels fromSamples(std::span<const int16_t> samples, const Wanted& wanted);
     double duration() const { return sampleRate > 0 ? double(sampleCount) / sampleRate : 0.0; }
