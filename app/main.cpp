@@ -1,3 +1,4 @@
+#include "app/cli/CleanCommand.h"
 #include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
 #include "foundation/Interaction.h"
@@ -11,6 +12,13 @@
 #include <memory>
 
 int main(int argc, char** argv) {
+    // Headless commands run before any window machinery exists.
+    if (argc > 1 && QString::fromLocal8Bit(argv[1]) == "clean") {
+        QStringList arguments;
+        for (int i = 0; i < argc; ++i)
+            arguments << QString::fromLocal8Bit(argv[i]);
+        return runCleanCommand(arguments);
+    }
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);

@@ -7,6 +7,8 @@
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
 
+std::function<void(const std::shared_ptr<AEAsset>&)> assetDropBrightwash;
+
 namespace {
 std::shared_ptr<AEAsset> newSpeechAsset(const QString& path) {
     AEAsset::Args args;
@@ -33,10 +35,13 @@ std::vector<std::shared_ptr<AEAsset>> AEAssetIngestDone(const std::shared_ptr<AE
             asset->doAutoGain = true;
             asset->autoGain(true);
         }
-        if (brightwash) qxLog("AEAssetIngestDone: cleaning queue not available, " + path + " stays as it is");
         AEEpisode::appendAsset(episode->assets, asset);
         episode->assetsLoaded = true;
         AEEpisode::appendAsset(AEEpisodeAssetListVCGlobal, asset);
+        if (brightwash && assetDropBrightwash)
+            assetDropBrightwash(asset);
+        else if (brightwash)
+            qxLog("AEAssetIngestDone: no cleaning available, " + path + " stays as it is");
         made.push_back(asset);
     }
     if (!made.empty()) saveShow();

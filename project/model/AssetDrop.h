@@ -5,11 +5,15 @@
 // Main thread.
 
 #include <QStringList>
+#include <functional>
 #include <memory>
 #include <vector>
 
 class AEAsset;
 class AEEpisode;
+
+// Cleans a dropped asset when the drop asked for it; the cleaning layer installs it at start-up.
+extern std::function<void(const std::shared_ptr<AEAsset>&)> assetDropBrightwash;
 
 std::vector<std::shared_ptr<AEAsset>> AEAssetIngestDone(const std::shared_ptr<AEEpisode>& episode,
                                                         const QStringList& paths, bool brightwash,
