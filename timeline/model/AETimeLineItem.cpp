@@ -7,6 +7,7 @@
 #include "project/model/AEBGMSettings.h"
 #include "timeline/model/AEKeyframeList.h"
 #include "timeline/model/AEKeyframeView.h"
+#include "timeline/model/DragAreaView.h"
 #include "timeline/model/SimpleRound.h"
 
 #include <algorithm>
@@ -193,4 +194,23 @@ void AETimeLineItem::removeFadeOutKFs() {
     // Fade points once lived in the envelope itself, flagged.
     if (kfView && kfView->keyframes) kfView->keyframes->removeByFlag(0);
     fadeOutKFS.reset();
+}
+
+void AETimeLineItem::dragIn(DragAction action, QPointF delta) {
+    if (action == DragAction::started) {
+        dragging = AETimeLineDraggingType::leftBorder;
+        return;
+    }
+    range.i = simpleRound(std::clamp(range.i + delta.x(), 0.0, range.o));
+    if (action == DragAction::ended) dragging = AETimeLineDraggingType::none;
+}
+
+void AETimeLineItem::dragOut(DragAction action, QPointF delta) {
+    if (action == DragAction::started) {
+        dragging = AETimeLineDraggingType::rightBorder;
+        return;
+    }
+    const double end = asset ? asset->duration : range.o;
+    range.o = simpleRound(std::clamp(range.o + delta.x(), range.i, std::max(range.i, end)));
+    if (action == DragAction::ended) dragging = AETimeLineDraggingType::none;
 }

@@ -8,6 +8,7 @@
 #include "timeline/model/AETimeRange.h"
 
 #include <QImage>
+#include <QPointF>
 #include <QRectF>
 #include <cstdint>
 #include <memory>
@@ -16,6 +17,7 @@
 
 class AEAsset;
 class AEKeyframeList;
+enum class DragAction;
 class AEKeyframeView;
 class AEKeyframeViewSetup;
 class AETimeLine;
@@ -102,6 +104,11 @@ public:
     // Markers of the item and of its asset that lie in the played range, as copies in timeline time.
     std::vector<std::shared_ptr<AEMarker>> getVisibleMarkers() const;
     void deleteMarker(const AEMarker& marker);
+
+    // Edge handles: the step is in asset seconds; the range stays within the asset. The main lane
+    // closes up behind, attached items stay where they are.
+    void dragIn(DragAction action, QPointF delta);
+    void dragOut(DragAction action, QPointF delta);
 
     // The automatic fade at the end of background music, in asset time.
     void setFadeOutKFs();
