@@ -7,7 +7,6 @@
 #include "app/windows/EditPanels.h"
 #include "app/windows/MarkerInspectorVC.h"
 #include "app/windows/TimelineExport.h"
-#include "app/windows/TimelinePlaceholder.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
@@ -22,6 +21,7 @@
 #include "timeline/model/AELane.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
+#include "timeline/view/TimelineWidget.h"
 #include "ui/LoadingWindow.h"
 
 #include <QButtonGroup>
@@ -192,7 +192,9 @@ void TimelineViewController::buildLayout() {
     timelineArea_->setObjectName("timelineArea");
     timelineArea_->setAcceptDrops(true);
     timelineArea_->installEventFilter(this);
-    timelineView_ = new TimelinePlaceholder(timelineArea_);
+    timelineView_ = new TimelineWidget(nullptr, timelineArea_);
+    timelineView_->setObjectName("timelineView");
+    timelineView_->setMouseTracking(true);
     timelineView_->installEventFilter(this);
     auto* areaLayout = new QVBoxLayout(timelineArea_);
     areaLayout->setContentsMargins(0, 0, 0, 0);
@@ -258,7 +260,7 @@ void TimelineViewController::buildLayout() {
     layout->addWidget(split, 1);
 }
 
-QWidget* TimelineViewController::timelineWidget() const {
+TimelineWidget* TimelineViewController::timelineWidget() const {
     return timelineView_;
 }
 
@@ -418,7 +420,10 @@ void TimelineViewController::btnVolumeKFsPressed() {
 }
 
 void TimelineViewController::btnEditModePressed(int tag) {
-    editMode_ = tag == 1 ? AEEditMode::blade : tag == 2 ? AEEditMode::drag : AEEditMode::normal;
+    if (const auto tl = timeline())
+        tl->setEditingMode(tag == 1   ? AEEditorMode::blade
+                           : tag == 2 ? AEEditorMode::drag
+                                      : AEEditorMode::normal);
 }
 
 void TimelineViewController::setFullSizeTimeline(bool full) {
@@ -590,8 +595,9 @@ void TimelineViewController::previewTimeline(const std::shared_ptr<AEAsset>& ass
     if (!tl || !asset) return;
     if (!previewBase_) previewBase_ = tl->getStatus();
     restoreFromPreviewBase();
-    const double t = std::max(0.0, tl->xToTime(pos.x()));
-    const int64_t lane = asset->type == AEAssetType::bgm ? -1 : tl->yToLaneN(pos.y()).value_or(0);
+    const AEMouseEvent at = modelEvent(pos);
+    const double t = std::max(0.0, tl->mouseEventToTime(at));
+    const int64_t lane = asset->type == AEAssetType::bgm ? -1 : tl->mouseEventToLane(at).value_or(0);
     if (!isPreview) {
         commands_.undoQueue.addStatus(previewBase_);
         previewBase_.reset();
@@ -656,8 +662,9 @@ bool TimelineViewController::eventFilter(QObject* watched, QEvent* event) {
         if (mime->hasUrls()) {
             drop->acceptProposedAction();
             const auto tl = timeline();
-            const double t = tl ? std::max(0.0, tl->xToTime(pos.x())) : 0.0;
-            const int64_t lane = tl ? std::max<int64_t>(0, tl->yToLaneN(pos.y()).value_or(0)) : 0;
+            const AEMouseEvent at = modelEvent(pos);
+            const double t = tl ? std::max(0.0, tl->mouseEventToTime(at)) : 0.0;
+            const int64_t lane = tl ? std::max<int64_t>(0, tl->mouseEventToLane(at).value_or(0)) : 0;
             // Raw entries too: a dropped folder or a vanished file is told, not silently skipped.
             QStringList paths;
             for (const QUrl& url : mime->urls())
@@ -678,18 +685,13 @@ bool TimelineViewController::eventFilter(QObject* watched, QEvent* event) {
     }
 }
 
-std::shared_ptr<AETimeLineItem> TimelineViewController::itemAt(QPointF pos) const {
-    const auto tl = timeline();
-    if (!tl) return nullptr;
-    const double t = tl->xToTime(pos.x());
-    const auto lane = tl->yToLaneN(pos.y());
-    if (!lane) return nullptr;
-    return *lane == 0 ? tl->getItemAtTime(t) : tl->getAttachedItem(t, *lane);
+AEMouseEvent TimelineViewController::modelEvent(QPointF widgetPos) const {
+    return AEMouseEvent{timelineView_->toModel(widgetPos), Qt::NoModifier};
 }
 
 void TimelineViewController::tlItemHamburgerIdle(std::optional<QPointF> pos) {
-    const auto item = pos ? itemAt(*pos) : nullptr;
     const auto tl = timeline();
+    const auto item = pos && tl ? tl->getItemAtMouseEvent(modelEvent(*pos)) : nullptr;
     if (!item || !tl) {
         btnTLItemHamburger_->hide();
         hoverItem_.reset();
@@ -697,7 +699,7 @@ void TimelineViewController::tlItemHamburgerIdle(std::optional<QPointF> pos) {
     }
     const double end = item->isBGM() ? item->bgmOutTime : item->outTime();
     const double x0 = std::max(0.0, tl->timeToX(item->inTime));
-    const double x1 = std::min(double(timelineView_->width()), tl->timeToX(end));
+    const double x1 = std::min(double(timelineView_->canvasRect().width()), tl->timeToX(end));
     const auto ys = tl->laneToYs(item->lane);
     if (x1 - x0 < kHamburgerMinWidth || !ys) {
         btnTLItemHamburger_->hide();

@@ -5,6 +5,7 @@
 // every 30 s, idle every 0.02 s) to them. Main thread.
 
 #include "app/core/TimelineCommands.h"
+#include "timeline/model/AETimeLine.h"
 
 #include <QPointF>
 #include <QPointer>
@@ -23,10 +24,8 @@ class QMenu;
 class QProgressBar;
 class QToolButton;
 class QXTimer;
-class TimelinePlaceholder;
+class TimelineWidget;
 class TimeLineStatsVC;
-
-enum class AEEditMode { normal = 0, blade = 1, drag = 2 };
 
 class TimelineViewController : public QWidget {
     Q_OBJECT
@@ -87,14 +86,13 @@ public:
     void titItemHamburgerSetupTitles();
 
     void idle();
-    QWidget* timelineWidget() const;
+    TimelineWidget* timelineWidget() const;
     AssetListWidget* commonAssetTableView() const { return commonList_; }
     AssetListWidget* episodeAssetTableView() const { return episodeList_; }
     QLabel* totalDurationTC() const { return totalDurationTC_; }
     QLabel* selectionDurationTC() const { return selectionDurationTC_; }
     QToolButton* playButton() const { return playButton_; }
     QProgressBar* vumeter(int n) const { return n == 0 ? vumeter_ : vumeter2_; }
-    AEEditMode editMode() const { return editMode_; }
     void refreshLists();
 
 protected:
@@ -107,7 +105,7 @@ private:
     void afterAction();
     void restoreFromPreviewBase();
     QPointF toTimelinePos(QObject* from, QPointF pos) const;
-    std::shared_ptr<AETimeLineItem> itemAt(QPointF pos) const;
+    AEMouseEvent modelEvent(QPointF widgetPos) const;
     std::shared_ptr<AEAsset> assetById(const QString& id) const;
     void placeAssets(const std::vector<std::shared_ptr<AEAsset>>& assets, std::optional<double> at,
                      int64_t lane);
@@ -118,13 +116,12 @@ private:
     std::shared_ptr<QXTimer> autoSaveTimer_;
     std::shared_ptr<QXTimer> idleTimer_;
     bool idleR_ = false;
-    AEEditMode editMode_ = AEEditMode::normal;
     std::shared_ptr<AETimeLineItem> hoverItem_;
     std::shared_ptr<AETimeLine> previewBase_;
 
     QWidget* upperStack_ = nullptr;
     QWidget* timelineArea_ = nullptr;
-    TimelinePlaceholder* timelineView_ = nullptr;
+    TimelineWidget* timelineView_ = nullptr;
     AssetListWidget* commonList_ = nullptr;
     AssetListWidget* episodeList_ = nullptr;
     QLabel* totalDurationTC_ = nullptr;
