@@ -7,6 +7,7 @@
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
 #include "render/tools/SoxLevels.h"
+#include "timeline/model/AEDrag.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/model/AETimeLineLanesHelper.h"
@@ -121,12 +122,15 @@ void TimelineCommands::paste() {
 }
 
 void TimelineCommands::addStatus() {
-    if (timeline) undoQueue.addStatus(timeline->getStatus());
+    if (!timeline) return;
+    undoQueue.addStatus(timeline->getStatus());
+    changed = true;
 }
 
 void TimelineCommands::undo() {
     if (!timeline) return;
     setTimeline(undoTimeline(timeline, undoQueue));
+    changed = true;
     if (timelineSwapped) timelineSwapped();
     done();
 }
@@ -134,6 +138,7 @@ void TimelineCommands::undo() {
 void TimelineCommands::redo() {
     if (!timeline) return;
     setTimeline(redoTimeline(timeline, undoQueue));
+    changed = true;
     if (timelineSwapped) timelineSwapped();
     done();
 }
@@ -148,8 +153,11 @@ void TimelineCommands::addVolumeKeyframe() {
     AEPreferences::displayVolumeKFs = true;
     int64_t lane = 0;
     const double t = timeline->currentPHTime;
+    // The lane last pressed on, when an item of it lies under the playhead; else a selected one there.
+    if (timeline->drag && timeline->drag->lane != 0 && timeline->getAttachedItem(t, timeline->drag->lane))
+        lane = timeline->drag->lane;
     for (const auto& item : timeline->attachedItems)
-        if (item->selected && item->inTime <= t && t <= item->outTime()) lane = item->lane;
+        if (item->selected && timeline->getAttachedItem(t, item->lane) == item) lane = item->lane;
     timeline->newVolumeKeyframe(t, lane);
     done();
 }
@@ -173,6 +181,8 @@ void TimelineCommands::autoSave() {
     episode->assets = episodeAssets;
     episode->timeline = timeline;
     episode->duration = timeline->getTimelineOutTime();
+    if (changed) episode->modified();
+    changed = false;
     episode->saveTimeline();
     saveShow(true);
 }

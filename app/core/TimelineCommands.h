@@ -45,6 +45,8 @@ public:
     AssetList episodeAssets;
     // Told after undo/redo put another timeline in place, so the view can follow.
     std::function<void()> timelineSwapped;
+    // An undoable change happened since the last save: the episode's modified date moves on save.
+    bool changed = false;
     // Told after every action, for the statistics and the lists.
     std::function<void()> afterAction;
 

@@ -132,6 +132,7 @@ void TimelineExport::exportTo(const QString& path, const std::shared_ptr<AETimeL
                                      window->setPercentage(percent / 100.0);
                                  }
                              });
+    soxer->timeline->getCollectedItems(); // the snapshot's marker list reads them
     soxer->chapters = exportChapters(soxer->timeline);
     const QPointer<QWidget> guardedParent(parent);
     const auto show = zendrelShow;

@@ -91,6 +91,8 @@ MainViewController::MainViewController(QWidget* parent)
     connect(sortByPublished_, &QToolButton::clicked, this, &MainViewController::sortByPublished_pushed);
     connect(cell_, &AEEpisodeCell::removePressed, this, &MainViewController::removeButton_pressed);
     connect(cell_, &AEEpisodeCell::infoPressed, this, &MainViewController::infoButton_pressed);
+    // One click opens (the row's own buttons take their clicks first); Enter too.
+    connect(list_, &QListView::clicked, this, [this](const QModelIndex& index) { clicOnTable(index.row()); });
     connect(list_, &QListView::activated, this,
             [this](const QModelIndex& index) { clicOnTable(index.row()); });
 
