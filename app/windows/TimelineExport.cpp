@@ -20,6 +20,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTemporaryFile>
 #include <QUrl>
 #include <atomic>
 
@@ -59,7 +60,10 @@ void showDone(const QString& path, QWidget* parent) {
 QString writeProblem(const QString& path) {
     const QFileInfo folder(QFileInfo(path).absolutePath());
     if (!folder.isDir()) return "The folder " + folder.absoluteFilePath() + " does not exist.";
-    if (!folder.isWritable()) return "Cannot write into the folder " + folder.absoluteFilePath() + ".";
+    // A real file tells what permission bits do not (read-only mounts, root).
+    QTemporaryFile probe(folder.absoluteFilePath() + "/.zendrel-export-XXXXXX");
+    if (!folder.isWritable() || !probe.open())
+        return "Cannot write into the folder " + folder.absoluteFilePath() + ".";
     const QString suffix = QFileInfo(path).suffix().toLower();
     if (suffix != "mp3" && suffix != "wav") return "Only MP3 and WAV files can be exported.";
     return QString();
