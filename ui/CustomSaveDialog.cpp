@@ -20,8 +20,12 @@ CustomSaveDialog::CustomSaveDialog(const QString& title, const QString& name, co
       sizes_(std::move(sizes)) {
     setObjectName("CustomSaveDialog");
     setWindowTitle(title);
-    for (const QString& extension : availableExtensions_)
-        formatPopup->addItem(extension.toUpper(), extension);
+    // Each format names its expected size, so the choice is made knowing it.
+    for (int i = 0; i < availableExtensions_.size(); ++i) {
+        QString label = availableExtensions_[i].toUpper();
+        if (sizes_ && i < int(sizes_->size())) label += "  (" + sizeText((*sizes_)[size_t(i)]) + ")";
+        formatPopup->addItem(label, availableExtensions_[i]);
+    }
     auto* folderRow = new QHBoxLayout;
     folderRow->addWidget(folderField, 1);
     folderRow->addWidget(browseButton);

@@ -27,6 +27,7 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QDragEnterEvent>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -151,9 +152,12 @@ void TimelineViewController::buildLayout() {
     totalDurationTC_->setObjectName("totalDurationTC");
     selectionDurationTC_ = new QLabel("00:00:00.000", this);
     selectionDurationTC_->setObjectName("selectionDurationTC");
-    auto* durations = new QVBoxLayout;
-    durations->addWidget(totalDurationTC_);
-    durations->addWidget(selectionDurationTC_);
+    auto* durations = new QGridLayout;
+    durations->setVerticalSpacing(0);
+    durations->addWidget(new QLabel(tr("Total"), this), 0, 0);
+    durations->addWidget(totalDurationTC_, 0, 1);
+    durations->addWidget(new QLabel(tr("Selection"), this), 1, 0);
+    durations->addWidget(selectionDurationTC_, 1, 1);
     bar->addLayout(durations);
 
     commonList_ = new AssetListWidget("commonAssetTableView", this);
