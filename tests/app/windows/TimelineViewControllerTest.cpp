@@ -12,6 +12,7 @@
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "project/panels/MainViewController.h"
 #include "support/EventWait.h"
 #include "support/TestEnvironment.h"
 #include "timeline/model/AETimeLine.h"
@@ -218,4 +219,34 @@ TEST_F(TimelineViewControllerTest, ExportIntoAReadOnlyFolderIsRefusedClearly) {
     EXPECT_FALSE(TimelineExport::running());
     EXPECT_EQ(tl().mainLane.size(), 1u);
     QFile::setPermissions(out.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST_F(TimelineViewControllerTest, AnEpisodeWhoseMediaWentOpensWithThemMarkedMissing) {
+    QTemporaryDir outside;
+    const QString original = tone(outside.path() + "/lost.wav", 2.0);
+    AEAsset::Args args;
+    args.filePath = original;
+    args.name = "Lost";
+    auto lost = AEAsset::make(args);
+    ASSERT_TRUE(testenv::waitUntil([&] { return lost->ingested; }, 5000));
+    episode->assets.push_back(lost);
+    tl().appendItemInMainLane(lost);
+    vc->commands().autoSave();
+    vc.reset();
+    QFile::remove(original);
+    QFile::remove(lost->ingestedFilePath);
+
+    // The list's open: the loading window, the check (which asks where the file went), the window.
+    MainViewController list;
+    std::shared_ptr<AEEpisode> opened;
+    list.timelineOpener = [&](const std::shared_ptr<AEEpisode>& e) { opened = e; };
+    list.open(episode);
+    ASSERT_TRUE(testenv::waitUntil([&] { return opened != nullptr; }, 5000));
+    bool asked = false;
+    for (const QString& line : door->transcript())
+        asked |= line.startsWith("selectFile: Find original path");
+    EXPECT_TRUE(asked);
+    EXPECT_FALSE(lost->present);
+    EXPECT_EQ(episode->timeline->mainLane.size(), 1u) << "the item stays, drawn as missing";
+    TimelineWindowStatus = AEWindowStatus::closed;
 }
