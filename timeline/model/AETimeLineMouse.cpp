@@ -118,7 +118,10 @@ void AETimeLine::mouseDown(const AEMouseEvent& event) {
         callUndo(true);
         return;
     }
-    if (dragAreaView->mouseDown(toLaneSpace(event))) {
+    if (dragAreaView->mouseOver(toLaneSpace(event))) {
+        // One snapshot for the whole trim.
+        callUndo(true);
+        dragAreaView->mouseDown(toLaneSpace(event));
         drag->dragging = false;
         drag->active = false;
         return;

@@ -91,9 +91,15 @@ void plotItem(ItemJob& job, qreal dpr) {
     QFont font = p.font();
     font.setPixelSize(11);
     p.setFont(font);
-    if (!job.selected) {
+    if (!job.selected && size.width() > 12) {
+        // On a backing of the fill, so the name reads over a busy waveform.
+        const QRectF box = p.fontMetrics().boundingRect(job.name).adjusted(-3, 0, 3, 0);
+        const QRectF label(2, 2, std::min(box.width(), size.width() - 4.0), 15);
+        QColor backing = job.colors.background;
+        backing.setAlpha(210);
+        p.fillRect(label, backing);
         p.setPen(AEColors::getDarkerColor(job.colors.foreground).lighter(150));
-        p.drawText(QRectF(5, 3, size.width() - 8, 14), Qt::AlignLeft | Qt::AlignVCenter, job.name);
+        p.drawText(label.adjusted(3, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, job.name);
     }
     if (!job.loaded) {
         p.setPen(job.colors.foreground);

@@ -35,6 +35,31 @@ const QColor kNearestCut(0xff, 0xd0, 0x60);
 
 // The modifiers standing for the platform's: Command is Ctrl; Control (blade) is Alt; the multi-cut
 // chord is Ctrl+Alt+Shift; Shift alone is the drag mode.
+Qt::KeyboardModifier modifierOf(int key) {
+    switch (key) {
+    case Qt::Key_Shift:
+        return Qt::ShiftModifier;
+    case Qt::Key_Control:
+        return Qt::ControlModifier;
+    case Qt::Key_Alt:
+        return Qt::AltModifier;
+    case Qt::Key_Meta:
+        return Qt::MetaModifier;
+    default:
+        return Qt::NoModifier;
+    }
+}
+
+// The modifiers held after the event: platforms differ on whether a modifier's own key event counts it.
+Qt::KeyboardModifiers heldAfter(const QKeyEvent& event) {
+    Qt::KeyboardModifiers held = event.modifiers();
+    if (event.type() == QEvent::KeyPress)
+        held |= modifierOf(event.key());
+    else
+        held &= ~Qt::KeyboardModifiers(modifierOf(event.key()));
+    return held;
+}
+
 AEEditorMode modeFor(Qt::KeyboardModifiers m) {
     const bool ctrl = m.testFlag(Qt::ControlModifier);
     const bool alt = m.testFlag(Qt::AltModifier);
@@ -194,8 +219,10 @@ AEMouseEvent TimelineWidget::modelEvent(QPointF widgetPoint, Qt::KeyboardModifie
 void TimelineWidget::paintEvent(QPaintEvent*) {
     QPainter p(this);
     const QRect canvas = canvasRect();
-    p.fillRect(rect(), palette().window());
-    if (!lanes_.isNull()) p.drawImage(canvas.topLeft(), lanes_);
+    if (lanes_.isNull())
+        p.fillRect(canvas, palette().window());
+    else
+        p.drawImage(canvas.topLeft(), lanes_);
     if (!timeline_ || !timeline_->view) return;
     const AETimeLineView& view = *timeline_->view;
     const double H = canvas.height();
@@ -271,8 +298,17 @@ void TimelineWidget::overlayTick() {
         if (allLoaded) timeline_->mustDraw = true;
     }
     const AETimeLineView& view = *timeline_->view;
-    QString state = headState(view.playhead) + '|' + headState(view.ephemeralPlayhead) + '|' +
-                    headState(view.nearestCut) + '|' +
+    // While playing only the playhead moves: the strips it leaves and enters are repainted.
+    const std::optional<double> head = view.playhead && !view.playhead->hidden
+                                           ? std::optional(view.playhead->x + view.playhead->originX)
+                                           : std::nullopt;
+    if (head != playheadX_) {
+        const int h = canvasRect().height();
+        for (const auto& x : {playheadX_, head})
+            if (x) update(QRect(static_cast<int>(std::floor(*x)) - 7, 0, 16, h));
+        playheadX_ = head;
+    }
+    QString state = headState(view.ephemeralPlayhead) + '|' + headState(view.nearestCut) + '|' +
                     (balloon_ ? QString::number(balloon_->second) : QString());
     if (timeline_->dragRangeRect) {
         const QRectF& r = *timeline_->dragRangeRect;
@@ -299,7 +335,6 @@ void TimelineWidget::mousePressEvent(QMouseEvent* event) {
     } else {
         timeline_->mouseDown(e);
     }
-    timeline_->idle();
 }
 
 void TimelineWidget::mouseMoveEvent(QMouseEvent* event) {
@@ -309,7 +344,6 @@ void TimelineWidget::mouseMoveEvent(QMouseEvent* event) {
         timeline_->mouseDrag(e);
     else if (!pressed_)
         timeline_->mouseMoved(e);
-    timeline_->idle();
 }
 
 void TimelineWidget::mouseReleaseEvent(QMouseEvent* event) {
@@ -320,7 +354,6 @@ void TimelineWidget::mouseReleaseEvent(QMouseEvent* event) {
         return;
     }
     timeline_->mouseUp(modelEvent(event->position(), event->modifiers()));
-    timeline_->idle();
 }
 
 void TimelineWidget::leaveEvent(QEvent* event) {
@@ -386,9 +419,9 @@ void TimelineWidget::applyModifiers(Qt::KeyboardModifiers modifiers) {
 
 void TimelineWidget::keyPressEvent(QKeyEvent* event) {
     if (!timeline_) return QWidget::keyPressEvent(event);
-    applyModifiers(event->modifiers());
+    applyModifiers(heldAfter(*event));
     const int key = event->key();
-    if (key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_Meta) {
+    if (modifierOf(key) != Qt::NoModifier) {
         event->accept();
         return;
     }
@@ -396,7 +429,6 @@ void TimelineWidget::keyPressEvent(QKeyEvent* event) {
     const Qt::KeyboardModifiers chord = event->modifiers() & ~Qt::KeypadModifier;
     const bool repeatable = key == Qt::Key_Left || key == Qt::Key_Right;
     if (chord == Qt::NoModifier && (repeatable || !event->isAutoRepeat()) && timeline_->handleKeydown(key)) {
-        timeline_->idle();
         event->accept();
         return;
     }
@@ -409,7 +441,7 @@ void TimelineWidget::keyPressEvent(QKeyEvent* event) {
 }
 
 void TimelineWidget::keyReleaseEvent(QKeyEvent* event) {
-    applyModifiers(event->modifiers());
+    applyModifiers(heldAfter(*event));
     QWidget::keyReleaseEvent(event);
 }
 

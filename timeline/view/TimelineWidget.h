@@ -2,7 +2,9 @@
 // The timeline on screen: the lanes image the model asks for, the overlays drawn over it (playhead,
 // hover playhead, nearest cut and its triangles, range rectangle, level balloon), and a horizontal
 // scroll bar driven both ways by the model's virtual scroller. Mouse, wheel and keys are handed to the
-// model in its own coordinates; keys the model does not take go on to the parent. Main thread.
+// model in its own coordinates; keys the model does not take go on to the parent. The lanes are
+// drawn on the model's idle turn (every 0.1 s at most, and only when something changed); the
+// overlays repaint on a tick of their own when they move, over the same lanes image. Main thread.
 
 #include "timeline/model/AEKeyframeView.h"
 #include "timeline/model/AEMouseEvent.h"
@@ -88,4 +90,5 @@ private:
     std::optional<std::pair<QPointF, double>> balloon_;
     // What the overlays showed at the last paint, to repaint only on change.
     QString overlayState_;
+    std::optional<double> playheadX_;
 };
