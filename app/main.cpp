@@ -1,7 +1,9 @@
 #include "app/cli/CleanCommand.h"
 #include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
+#include "app/windows/TimelineViewController.h"
 #include "foundation/Interaction.h"
+#include "foundation/Prefs.h"
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "ui/AppStyle.h"
@@ -33,7 +35,7 @@ int main(int argc, char** argv) {
 
     AS::installToolLocator();
     // The default sound device, or the null output when there is none.
-    sharedAudioEngine().startDeviceOutput();
+    sharedAudioEngine().startDeviceOutput(prefs_getValueString("AEPreferences.outputDevice", "").toUtf8());
 
     const int status = [&app] {
         auto delegate = std::make_shared<AppDelegate>();
