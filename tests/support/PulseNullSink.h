@@ -43,6 +43,11 @@ public:
     // when the recorder fails.
     std::vector<float> record(const QByteArray& sink, int ms) const;
 
+    // An input named `source` that hears what `sink` plays; its module index, or -1.
+    int addSource(const QByteArray& source, const QByteArray& sink) const;
+    // Takes a module out, as unplugging takes a device away.
+    bool unloadModule(int index) const;
+
 private:
     std::unique_ptr<QProcess> process(const QString& program, const QStringList& arguments) const;
     // Its output; *ok when it ran and succeeded.
