@@ -8,16 +8,25 @@
 #include <QIODevice>
 #include <QThread>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <mutex>
 #include <set>
+#include <thread>
 #include <vector>
 
 namespace {
 
+constexpr int kStartTimeoutMs = 2000;
 // Blocks longer than this are taken in pieces.
 constexpr int64_t kScratchFrames = 4096;
+
+int64_t nowNs() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
 
 float toDb(double linear) {
     return linear > 0.0 ? std::max(AudioInput::kSilenceDb, static_cast<float>(20.0 * std::log10(linear)))
@@ -134,6 +143,9 @@ private:
             }
         }
         meter(out, frames);
+        if (owner_->heard_.load(std::memory_order_relaxed) == 0)
+            owner_->startNs_.store(nowNs() - frames * 1'000'000'000 / owner_->rate_,
+                                   std::memory_order_release);
         owner_->heard_.fetch_add(frames, std::memory_order_release);
         if (!target) return;
         const auto values = static_cast<size_t>(n);
@@ -241,6 +253,13 @@ std::unique_ptr<AudioInput> AudioInput::open(const QAudioDevice& device, int rat
         },
         Qt::BlockingQueuedConnection);
     if (!failure.isEmpty()) return fail(failure);
+    // The server connects the stream on its own time: the input runs once sound comes in.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kStartTimeoutMs);
+    while (in->heard_.load(std::memory_order_acquire) == 0 && !in->failed() &&
+           std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    if (in->heard_.load(std::memory_order_acquire) == 0)
+        return fail(QStringLiteral("The input \"%1\" gives no sound.").arg(device.description()));
     return in;
 }
 
@@ -279,6 +298,20 @@ void AudioInput::setTarget(SpscRing* ring) {
             if (feed_) feed_->target = ring;
         },
         Qt::BlockingQueuedConnection);
+}
+
+void AudioInput::catchUp(double maxSeconds) {
+    const int64_t until = nowNs();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(maxSeconds);
+    // Within a few milliseconds is caught up: blocks come in pieces of about that.
+    constexpr int64_t kSlackNs = 5'000'000;
+    while (!failed() && std::chrono::steady_clock::now() < deadline) {
+        const int64_t start = startNs_.load(std::memory_order_acquire);
+        const int64_t heard = heard_.load(std::memory_order_acquire);
+        if (heard == 0) return;
+        if (start + heard * 1'000'000'000 / rate_ + kSlackNs >= until) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
 }
 
 float AudioInput::averagePowerDb(int channel) const {

@@ -27,7 +27,7 @@ public:
     static constexpr float kSilenceDb = -160.0f;
 
     // Null with *error filled when the device cannot give `channels` at `rate`. Returns once the
-    // stream runs. Main thread.
+    // first sound has come in. Main thread.
     static std::unique_ptr<AudioInput> open(const QAudioDevice& device, int rate, int channels,
                                             QString* error);
     // Stops and destroys the source on the input thread, and waits for that.
@@ -45,11 +45,14 @@ public:
     // channels() values. Blocks until the input thread has taken it.
     void setTarget(SpscRing* ring);
 
+    // Keeps the blocks coming into the current ring until the stream has delivered what was heard
+    // until now (what the server still holds would otherwise be lost to a pause or a stop), or
+    // `maxSeconds` have passed. Main thread; the input thread goes on meanwhile.
+    void catchUp(double maxSeconds);
+
     // Frames that reached the ring since open, and frames the full ring refused.
     int64_t framesCaptured() const { return captured_.load(std::memory_order_acquire); }
     int64_t framesDropped() const { return dropped_.load(std::memory_order_acquire); }
-    // Frames heard since open, captured or not: stands still when the device has gone quiet.
-    int64_t framesHeard() const { return heard_.load(std::memory_order_acquire); }
     // The stream stopped with an error (the device went away or the server died).
     bool failed() const { return failed_.load(std::memory_order_acquire); }
 
@@ -66,8 +69,10 @@ private:
     int channels_ = 0;
     std::atomic<int64_t> captured_{0};
     std::atomic<int64_t> dropped_{0};
-    std::atomic<int64_t> heard_{0};
     std::atomic<bool> failed_{false};
+    // Frames delivered since open, and when the first of them was heard (steady clock, ns).
+    std::atomic<int64_t> heard_{0};
+    std::atomic<int64_t> startNs_{0};
     std::array<std::atomic<float>, kMaxMeteredChannels> average_{};
     std::array<std::atomic<float>, kMaxMeteredChannels> peak_{};
     // Made, used and destroyed on the input thread.

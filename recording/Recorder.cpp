@@ -165,13 +165,13 @@ bool Recorder::record() {
     }
     recordedChannels_ = file_->channels();
     recordedRate_ = frequency;
+    // Sound from before the press that the server still holds is not part of the take.
+    input_->catchUp(kCatchUp);
     input_->setTarget(&file_->ring());
     isRecording = true;
     isUserRecording = true;
     paused_ = false;
     recorderLength = 0;
-    lastHeard_ = 0;
-    quietTicks_ = 0;
     std::weak_ptr<Recorder> weak = weak_from_this();
     idleTimer = QXTimer::loop(kLabelTimerName, kLabelInterval, false, [weak] {
         if (auto self = weak.lock()) self->updateLabels();
@@ -181,6 +181,7 @@ bool Recorder::record() {
 
 void Recorder::pause() {
     if (!isRecording || paused_) return;
+    input_->catchUp(kCatchUp);
     input_->setTarget(nullptr);
     paused_ = true;
     recorderLength = getLength();
@@ -188,6 +189,7 @@ void Recorder::pause() {
 
 void Recorder::resumeRecord() {
     if (!isRecording || !paused_) return;
+    input_->catchUp(kCatchUp);
     input_->setTarget(&file_->ring());
     paused_ = false;
 }
@@ -201,7 +203,10 @@ void Recorder::stop() {
 void Recorder::endTake() {
     if (idleTimer) idleTimer->stop();
     idleTimer.reset();
-    if (input_) input_->setTarget(nullptr);
+    if (input_) {
+        input_->catchUp(kCatchUp);
+        input_->setTarget(nullptr);
+    }
     recorderLength = getLength();
     input_.reset();
     if (file_) file_->finish();
@@ -274,17 +279,9 @@ void Recorder::updateLabels() {
     if (fileSizeLabel) fileSizeLabel(fu_getReadableFileSizeBySize(fu_getFileSize(filePathUrl)));
 }
 
-// A stream whose device is unplugged may simply go quiet instead of failing: when nothing has been
-// heard for a while, the device list says whether it is still there.
-bool Recorder::inputGone() {
-    const int64_t heard = input_->framesHeard();
-    if (heard != lastHeard_) {
-        lastHeard_ = heard;
-        quietTicks_ = 0;
-        return false;
-    }
-    if (++quietTicks_ * kLabelInterval < kQuietCheck) return false;
-    quietTicks_ = 0;
+// The server moves the stream of a vanished input to another one rather than failing it, so the
+// device list is what tells.
+bool Recorder::inputGone() const {
     const QByteArray id = input_->device().id();
     const QList<QAudioDevice> inputs = QMediaDevices::audioInputs();
     return std::none_of(inputs.begin(), inputs.end(), [&](const QAudioDevice& d) { return d.id() == id; });

@@ -36,8 +36,9 @@ class Recorder : public std::enable_shared_from_this<Recorder> {
 public:
     static constexpr const char* kLabelTimerName = "Recorder_v2.updateLabels";
     static constexpr double kLabelInterval = 0.075;
-    // A capturing input that hears nothing for this long is checked for having gone.
-    static constexpr double kQuietCheck = 1.0;
+    // What a start, pause, resume or stop waits at most for the stream to deliver the sound heard
+    // before it, so that each lands where it was pressed.
+    static constexpr double kCatchUp = 0.3;
     using TextLabel = std::function<void(const QString&)>;
 
     Recorder();
@@ -111,7 +112,7 @@ private:
     std::optional<QAudioDevice> chosenDevice() const;
     int channelsFor(const QAudioDevice& device) const;
     void updateLabels();
-    bool inputGone();
+    bool inputGone() const;
     void endTake();
     void fail(const QString& text);
 
@@ -125,6 +126,4 @@ private:
     bool paused_ = false;
     int recordedChannels_ = 0;
     int recordedRate_ = 0;
-    int64_t lastHeard_ = 0;
-    int quietTicks_ = 0;
 };

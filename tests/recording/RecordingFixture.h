@@ -46,28 +46,51 @@ inline Take readTake(const QString& path) {
     return take;
 }
 
-// Frequency from the first and last rising zero crossings, interpolated within their samples.
-inline double frequencyOf(const std::vector<float>& x, int rate, size_t from) {
-    double first = -1, last = -1;
-    int crossings = 0;
-    for (size_t i = std::max<size_t>(from, 1); i < x.size(); ++i) {
-        if (x[i - 1] < 0 && x[i] >= 0) {
-            const double t = double(i - 1) + x[i - 1] / (x[i - 1] - x[i]);
-            if (first < 0) first = t;
-            last = t;
-            ++crossings;
-        }
+inline double powerAt(const std::vector<float>& x, int rate, size_t from, size_t to, double hz) {
+    double re = 0, im = 0;
+    for (size_t i = from; i < to; ++i) {
+        const double w = 2.0 * std::numbers::pi * hz * double(i) / rate;
+        re += x[i] * std::cos(w);
+        im -= x[i] * std::sin(w);
     }
-    return crossings > 1 ? (crossings - 1) * rate / (last - first) : 0.0;
+    return re * re + im * im;
 }
 
-// The peak level of a sine with that RMS, dB.
-inline double sinePeakDbOf(const std::vector<float>& x, size_t from, size_t to) {
-    double energy = 0;
+// The strongest frequency near the tone over (at most) the second after `from`: a spectral peak, so a
+// short gap in the take does not move it.
+inline double frequencyOf(const std::vector<float>& x, int rate, size_t from) {
+    const size_t to = std::min(x.size(), from + static_cast<size_t>(rate));
+    if (to <= from) return 0.0;
+    const auto peakIn = [&](double lo, double hi, double step) {
+        double best = lo, bestPower = -1;
+        for (double hz = lo; hz <= hi; hz += step) {
+            const double p = powerAt(x, rate, from, to, hz);
+            if (p > bestPower) {
+                bestPower = p;
+                best = hz;
+            }
+        }
+        return best;
+    };
+    const double coarse = peakIn(kToneHz - 40, kToneHz + 40, 1.0);
+    return peakIn(coarse - 1.0, coarse + 1.0, 0.05);
+}
+
+// The peak level of a sine with the median RMS of its 20 ms windows, dB.
+inline double sinePeakDbOf(const std::vector<float>& x, size_t from, size_t to, int rate) {
     to = std::min(to, x.size());
-    for (size_t i = from; i < to; ++i)
-        energy += double(x[i]) * x[i];
-    return to > from ? 20.0 * std::log10(std::sqrt(2.0 * energy / double(to - from))) : -200.0;
+    const auto window = static_cast<size_t>(rate / 50);
+    std::vector<double> levels;
+    for (size_t start = from; start + window <= to; start += window) {
+        double energy = 0;
+        for (size_t i = start; i < start + window; ++i)
+            energy += double(x[i]) * x[i];
+        levels.push_back(std::sqrt(2.0 * energy / double(window)));
+    }
+    if (levels.empty()) return -200.0;
+    std::nth_element(levels.begin(), levels.begin() + std::ptrdiff_t(levels.size() / 2), levels.end());
+    const double median = levels[levels.size() / 2];
+    return median > 0 ? 20.0 * std::log10(median) : -200.0;
 }
 
 class RecordingServerTest : public ::testing::Test {
@@ -76,14 +99,22 @@ protected:
         server_ = std::make_unique<PulseNullSink>();
         reachable_ = false;
         if (!server_->available()) return;
-        // Qt keeps the server it met first and looks again only every 3 s after losing it.
+        // Qt keeps the server it met first and looks again only every 3 s after losing it: wait until
+        // it plays through this one and lists its input.
         reachable_ = testenv::waitUntil(
             [] {
-                for (const QAudioDevice& d : QMediaDevices::audioInputs())
-                    if (d.id() == PulseNullSink::kSource) return true;
-                return false;
+                QString error;
+                const bool plays =
+                    DeviceOutput::open(
+                        PulseNullSink::kSink, PulseNullSink::kRate,
+                        [](float* stereo, int64_t frames) { std::fill(stereo, stereo + 2 * frames, 0.0f); },
+                        &error) != nullptr;
+                const QList<QAudioDevice> inputs = QMediaDevices::audioInputs();
+                return plays && std::any_of(inputs.begin(), inputs.end(), [](const QAudioDevice& d) {
+                           return d.id() == PulseNullSink::kSource;
+                       });
             },
-            8000);
+            10000);
     }
     static void TearDownTestSuite() { server_.reset(); }
 
