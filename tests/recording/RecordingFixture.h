@@ -8,6 +8,7 @@
 #include "support/PulseNullSink.h"
 
 #include <QElapsedTimer>
+#include <QAudioDevice>
 #include <QMediaDevices>
 #include <algorithm>
 #include <cmath>

@@ -16,6 +16,7 @@
 #include "recording/Recorder.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
+#include "timeline/model/VirtualScroller.h"
 #include "ui/IHImages.h"
 #include "ui/recording/GrowingTakeView.h"
 
@@ -194,10 +195,19 @@ void AEAssetRecorderVC::prepareRecordingAsset() {
     recordingAsset = AEAsset::make(args);
     if (audioRecorder) audioRecorder->setRecordingFile(recordingPath);
     assetTimeline = AETimeLine::make("assetRecorder");
-    assetTimeline->currentViewRange = AETimeRange(0, 10.0);
+    // A headless view: the model edits only a timeline that has one.
+    assetTimeline->setView(takeView_->width(), takeView_->height(), QPointF(0, 0));
+    assetTimeline->setInsetViewSize();
+    showRange(0, 10.0);
     takeMarkers_.clear();
     actualMarker.reset();
     takeView_->setTimeline(assetTimeline);
+}
+
+void AEAssetRecorderVC::showRange(double i, double o) {
+    assetTimeline->virtualScroller->setTotalRange(0, std::max(o, assetTimeline->getRightBound()));
+    assetTimeline->setViewportRange(i, o);
+    assetTimeline->currentViewRange = AETimeRange(i, o);
 }
 
 void AEAssetRecorderVC::setAssetType(AEAssetType type) {
@@ -251,7 +261,7 @@ void AEAssetRecorderVC::update() {
     const auto item = assetTimeline->appendItemInMainLane(recordingAsset, AETimeRange(0, length), false);
     if (item) item->markers = takeMarkers_;
     const double end = std::max(10.0, assetTimeline->getTimelineOutTime());
-    assetTimeline->currentViewRange = AETimeRange(std::max(0.0, end - kVisibleSeconds), end);
+    showRange(std::max(0.0, end - kVisibleSeconds), end);
     takeView_->update();
     updateLables();
 }
@@ -272,8 +282,8 @@ void AEAssetRecorderVC::recordingSetup_pressed() {
         Warning("Warning", "You Cannot Change Recording Settings while Recording!");
         return;
     }
-    AudioRecorderSetupVC::showPanel(this, this,
-                               show_ ? show_->recorderSettings : AudioRecorderSettings::loadFromDefaults());
+    AudioRecorderSetupVC::showPanel(
+        this, this, show_ ? show_->recorderSettings : AudioRecorderSettings::loadFromDefaults());
 }
 
 void AEAssetRecorderVC::audioRecordingSetupUpdate(

@@ -33,7 +33,6 @@ class Recorder;
 enum class AEMarkerVCDoneAction;
 
 class AEAssetRecorderVC : public QDialog, public AudioRecorderSetupDelegate {
-    Q_OBJECT
 public:
     static constexpr const char* kUpdateTimerName = "AEAssetRecorderVC.update";
     static constexpr double kUpdateInterval = 0.1;
@@ -88,6 +87,7 @@ private:
     void displayIcons();
     QString newRecordingName() const;
     void prepareRecordingAsset();
+    void showRange(double i, double o);
     // The take's file under the asset's final name: the name given, or the recording name.
     QString finalPathFor(const QString& finishedPath) const;
 

@@ -29,7 +29,7 @@ QWidget* radioRow(QWidget* parent, QButtonGroup* group, const std::vector<std::p
 
 AudioRecorderSetupVC*
 AudioRecorderSetupVC::showPanel(QWidget* parent, AudioRecorderSetupDelegate* delegate,
-                           const std::shared_ptr<AudioRecorderSettings>& recorderSettings) {
+                                const std::shared_ptr<AudioRecorderSettings>& recorderSettings) {
     auto* panel = new AudioRecorderSetupVC(parent, delegate, recorderSettings);
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->open();

@@ -19,11 +19,10 @@ public:
 };
 
 class AudioRecorderSetupVC : public QDialog {
-    Q_OBJECT
 public:
     // Opens the panel (window-modal over parent) and returns it; it deletes itself when closed.
     static AudioRecorderSetupVC* showPanel(QWidget* parent, AudioRecorderSetupDelegate* delegate,
-                                      const std::shared_ptr<AudioRecorderSettings>& recorderSettings);
+                                           const std::shared_ptr<AudioRecorderSettings>& recorderSettings);
 
     AudioRecorderSetupVC(QWidget* parent, AudioRecorderSetupDelegate* delegate,
                          const std::shared_ptr<AudioRecorderSettings>& recorderSettings);
@@ -37,8 +36,6 @@ public:
     void setDelegate(AudioRecorderSetupDelegate* delegate) { delegate_ = delegate; }
     // The controls' choice into recorderSettings, then both key sets.
     void updateDefaults();
-
-protected:
     void accept() override;
 
 private:
