@@ -7,8 +7,8 @@
 #include "support/EventWait.h"
 #include "support/PulseNullSink.h"
 
-#include <QElapsedTimer>
 #include <QAudioDevice>
+#include <QElapsedTimer>
 #include <QMediaDevices>
 #include <algorithm>
 #include <cmath>
