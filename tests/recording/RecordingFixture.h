@@ -97,7 +97,7 @@ inline double sinePeakDbOf(const std::vector<float>& x, size_t from, size_t to, 
 class RecordingServerTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        server_ = std::make_unique<PulseNullSink>();
+        if (!server_ || !server_->available()) server_ = std::make_unique<PulseNullSink>();
         reachable_ = false;
         if (!server_->available()) return;
         // Qt keeps the server it met first and looks again only every 3 s after losing it: wait until
@@ -117,7 +117,8 @@ protected:
             },
             10000);
     }
-    static void TearDownTestSuite() { server_.reset(); }
+    // The server stays for the suites after this one.
+    static void TearDownTestSuite() {}
 
     void SetUp() override {
         if (!server_->available())
@@ -148,7 +149,7 @@ protected:
         return out;
     }
 
-    static inline std::unique_ptr<PulseNullSink> server_;
+    static inline std::unique_ptr<PulseNullSink>& server_ = testenv::sharedPulseNullSink();
     static inline bool reachable_ = false;
 };
 

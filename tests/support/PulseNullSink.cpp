@@ -222,6 +222,11 @@ std::vector<float> PulseNullSink::record(const QByteArray& sink, int ms) const {
     return samples;
 }
 
+std::unique_ptr<PulseNullSink>& sharedPulseNullSink() {
+    static std::unique_ptr<PulseNullSink> server;
+    return server;
+}
+
 int PulseNullSink::addSource(const QByteArray& source, const QByteArray& sink) const {
     if (!available_) return -1;
     bool ok = false;

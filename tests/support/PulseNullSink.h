@@ -67,4 +67,9 @@ private:
     std::vector<std::unique_ptr<QProcess>> listeners_;
 };
 
+// The server of the whole test process. Qt Multimedia gives up on a lost server once a retry finds
+// none, so the server is not stopped between suites: each suite takes the one running, and starts
+// one only when there is none.
+std::unique_ptr<PulseNullSink>& sharedPulseNullSink();
+
 } // namespace testenv
