@@ -50,6 +50,7 @@ void AEShow::encode(KeyedArchiver& coder) const {
     for (const auto& asset : commonAssets)
         ids.append(asset->id);
     coder.encodeStringArray("assetIds", ids);
+    coder.encodeObject("recorderSettings", recorderSettings);
 }
 
 std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
@@ -76,6 +77,8 @@ std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
         show->ingestedImagePath = AEIngest::ingest(show->imagePath).value_or("");
     }
     if (const auto suffix = coder.decodeString("notesSuffix")) show->notesSuffix = *suffix;
+    if (auto settings = coder.decodeObject<AudioRecorderSettings>("recorderSettings"))
+        show->recorderSettings = std::move(settings);
     return show;
 }
 
