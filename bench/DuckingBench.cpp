@@ -92,7 +92,7 @@ void BM_DuckJobBackground(benchmark::State& state) {
         AEDucking::compute(job);
     }
 }
-BENCHMARK(BM_DuckJobBackground)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DuckJobBackground)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 void BM_DuckJobMainThread(benchmark::State& state) {
     auto& e = episode();
@@ -105,7 +105,7 @@ void BM_DuckJobMainThread(benchmark::State& state) {
     }
     state.counters["points"] = static_cast<double>(e.bed->volumeKFs->keyframes.size());
 }
-BENCHMARK(BM_DuckJobMainThread)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DuckJobMainThread)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 } // namespace
 
