@@ -1,3 +1,5 @@
+#include "app/cli/CleanCommand.h"
+#include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
 #include "foundation/Interaction.h"
 #include "playback/engine/AudioEngine.h"
@@ -10,6 +12,13 @@
 #include <memory>
 
 int main(int argc, char** argv) {
+    // Headless commands run before any window machinery exists.
+    if (argc > 1 && QString::fromLocal8Bit(argv[1]) == "clean") {
+        QStringList arguments;
+        for (int i = 0; i < argc; ++i)
+            arguments << QString::fromLocal8Bit(argv[i]);
+        return runCleanCommand(arguments);
+    }
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);
@@ -22,6 +31,7 @@ int main(int argc, char** argv) {
     else
         setUserInteraction(std::make_shared<WidgetInteraction>());
 
+    AS::installToolLocator();
     // The default sound device, or the null output when there is none.
     sharedAudioEngine().startDeviceOutput();
 

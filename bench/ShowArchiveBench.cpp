@@ -22,8 +22,8 @@ struct Fixture {
         AEIngest ingest(dir.path() + "/AssetIngests");
         path = AEIngest::workFolder + "show.AEShow";
         for (int i = 0; i < 1000; ++i) {
-            auto e = std::make_shared<AEEpisode>(QString("E%1").arg(i), QString("Episode number %1").arg(i), "",
-                                                 AEIngest::workFolder);
+            auto e = std::make_shared<AEEpisode>(QString("E%1").arg(i), QString("Episode number %1").arg(i),
+                                                 "", AEIngest::workFolder);
             e->notes = QString("Notes of episode %1, a few words long as show notes tend to be.").arg(i);
             e->duration = 1800.0 + i;
             e->assetIDs = {QString("%1").arg(i, 32, 16, QChar('0'))};
@@ -60,8 +60,7 @@ void BM_ShowLoad(benchmark::State& state) {
     auto& f = fixture();
     for (auto _ : state) {
         auto show = AEShow::load(f.path);
-        if (show->episodes.size() != 1000)
-            state.SkipWithError("show did not load whole");
+        if (show->episodes.size() != 1000) state.SkipWithError("show did not load whole");
     }
 }
 BENCHMARK(BM_ShowLoad)->Unit(benchmark::kMillisecond);

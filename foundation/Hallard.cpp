@@ -4,6 +4,7 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
 
 namespace {
@@ -23,6 +24,8 @@ QString hallard_md5(const QString& text) {
 }
 
 QString hallard_fileMd5(const QString& path) {
+    // A pipe or a device would block the open or never end: only regular files are read.
+    if (!QFileInfo(path).isFile()) return QString();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return QString();
     QCryptographicHash hash(QCryptographicHash::Md5);

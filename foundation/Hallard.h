@@ -7,5 +7,6 @@
 QString hallard_getNewId(const QString& prefix = QString());
 // MD5 of the UTF-8 bytes of a string.
 QString hallard_md5(const QString& text);
-// MD5 of a file's content, read in slices (constant memory); "" when the file cannot be read.
+// MD5 of a regular file's content, read in slices (constant memory); "" for a special file (never
+// opened, so a pipe cannot block) or when the file cannot be read.
 QString hallard_fileMd5(const QString& path);

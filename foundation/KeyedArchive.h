@@ -122,7 +122,8 @@ public:
         std::vector<std::shared_ptr<T>> out;
         out.reserve(static_cast<size_t>(refs->size()));
         for (const auto& ref : *refs)
-            if (auto object = std::dynamic_pointer_cast<T>(objectFromReference(ref))) out.push_back(std::move(object));
+            if (auto object = std::dynamic_pointer_cast<T>(objectFromReference(ref)))
+                out.push_back(std::move(object));
         return out;
     }
 

@@ -1,27 +1,25 @@
 #include "recording/MediaProbe.h"
 
 #include "foundation/Log.h"
+#include "render/tools/ProcessRunner.h"
+#include "render/tools/ToolArgs.h"
 #include "render/tools/ToolPaths.h"
-
-#include <QProcess>
 
 namespace {
 constexpr int kProbeTimeoutMs = 20000;
 }
 
-QStringList mediaProbeArguments(const QString& path) {
-    return {"-v",  "error",       "-print_format", "json", "-show_format", "-show_streams", "-select_streams",
-            "a:0", "file:" + path};
-}
-
 QByteArray runMediaProbe(const QString& path) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::SeparateChannels);
-    process.start(soxUt_getFFProbePath(), mediaProbeArguments(path));
-    if (!process.waitForStarted() || !process.waitForFinished(kProbeTimeoutMs)) {
+    ProcessRequest request{.program = soxUt_getFFProbePath(),
+                           .arguments = ffprobeArgs::probeJson(path),
+                           .errors = ProcessErrors::discard,
+                           .timeoutMs = kProbeTimeoutMs};
+    request.label = "runMediaProbe";
+    const ProcessResult result = runProcess(request);
+    if (!result.finished) {
         qxLog("runMediaProbe: no answer for " + path);
         return {};
     }
     // The exit status says nothing useful here: an unreadable file simply gives no audio stream.
-    return process.readAllStandardOutput();
+    return result.output;
 }

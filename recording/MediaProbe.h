@@ -4,9 +4,6 @@
 
 #include <QByteArray>
 #include <QString>
-#include <QStringList>
 
-// The prober's arguments for `path`; "file:" keeps a name that starts with "-" from reading as an option.
-QStringList mediaProbeArguments(const QString& path);
 // The JSON text; empty when the prober is missing, fails or takes longer than a few seconds.
 QByteArray runMediaProbe(const QString& path);

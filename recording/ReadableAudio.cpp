@@ -1,10 +1,11 @@
 #include "recording/ReadableAudio.h"
 
 #include "foundation/Log.h"
+#include "render/tools/ProcessRunner.h"
+#include "render/tools/ToolArgs.h"
 #include "render/tools/ToolPaths.h"
 
 #include <QFileInfo>
-#include <QProcess>
 
 namespace {
 // An hour of coded audio decodes in well under a minute; this only guards against a hung converter.
@@ -14,13 +15,6 @@ constexpr int kDecodeTimeoutMs = 10 * 60 * 1000;
 ReadableAudio::ReadableAudio(std::unique_ptr<QTemporaryDir> folder, const QString& path)
     : decodedFolder_(std::move(folder)), file_(path) {}
 
-QStringList ReadableAudio::decodeArguments(const QString& path, const QString& decodedPath) {
-    // -rf64 auto keeps outputs past 4 GB readable.
-    return {"-nostdin", "-v",    "error", "-i",        "file:" + path,
-            "-map",     "0:a:0", "-c:a",  "pcm_f32le", "-rf64",
-            "auto",     "-f",    "wav",   "-y",        "file:" + decodedPath};
-}
-
 std::unique_ptr<ReadableAudio> ReadableAudio::open(const QString& path) {
     if (path.isEmpty() || !QFileInfo(path).isFile()) return nullptr;
     std::unique_ptr<ReadableAudio> direct(new ReadableAudio(nullptr, path));
@@ -29,9 +23,13 @@ std::unique_ptr<ReadableAudio> ReadableAudio::open(const QString& path) {
     auto folder = std::make_unique<QTemporaryDir>();
     if (!folder->isValid()) return nullptr;
     const QString decodedPath = folder->filePath("decoded.wav");
-    QProcess process;
-    process.start(soxUt_getFFMpegPath(), decodeArguments(path, decodedPath));
-    if (!process.waitForStarted() || !process.waitForFinished(kDecodeTimeoutMs)) {
+    ProcessRequest request{.program = soxUt_getFFMpegPath(),
+                           .arguments = ffArgs::decodeToFloatWav(path, decodedPath),
+                           .errors = ProcessErrors::discard,
+                           .keepOutput = false,
+                           .timeoutMs = kDecodeTimeoutMs};
+    request.label = "ReadableAudio.open";
+    if (!runProcess(request).finished) {
         qxLog("ReadableAudio.open: the converter did not finish with " + path);
         return nullptr;
     }

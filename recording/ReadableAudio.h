@@ -6,7 +6,6 @@
 #include "dsp/SndFile.h"
 
 #include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 #include <memory>
 
@@ -17,9 +16,6 @@ public:
 
     SndFile& file() { return file_; }
     bool wasDecoded() const { return decodedFolder_ != nullptr; }
-
-    // The converter's arguments: first audio stream of `path` to float WAV at `decodedPath`.
-    static QStringList decodeArguments(const QString& path, const QString& decodedPath);
 
 private:
     ReadableAudio(std::unique_ptr<QTemporaryDir> folder, const QString& path);

@@ -6,7 +6,7 @@
 #include "project/model/AEMarker.h"
 #include "project/model/AEShow.h"
 #include "render/Mp3.h"
-#include "render/Mp3Args.h"
+#include "render/tools/ToolArgs.h"
 #include "render/tools/ToolFilePaths.h"
 #include "timeline/model/AETimeLine.h"
 
@@ -76,7 +76,7 @@ bool exportDone(const QString& mp3Path, const std::shared_ptr<AETimeLine>& timel
     std::vector<Mp3Tag> tagList{{"title", title},  {"genre", "Podcast"}, {"comment", notes},
                                 {"lyrics", notes}, {"date", year},       {"year", year}};
     // kid3 makes an empty picture frame of a missing file.
-    if (usablePicture(picture)) tagList.push_back({mp3Args::kid3PictureTag(picture), title});
+    if (usablePicture(picture)) tagList.push_back({kid3Args::pictureTag(picture), title});
     Mp3::addTags(mp3Path, tagList, true);
     Mp3::convertToID3(mp3Path);
 

@@ -1,11 +1,9 @@
 #include "render/Mp3.h"
 
-#include "app/core/AS.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "recording/AudioProbes.h"
-#include "render/Mp3Args.h"
 #include "render/tools/Shell.h"
 #include "render/tools/ToolArgs.h"
 #include "render/tools/ToolFilePaths.h"
@@ -23,14 +21,9 @@ namespace {
 
 const QString kChannelsKey = "Mp3EncodingSettings.channels";
 const QString kBitrateKey = "Mp3EncodingSettings.bitrate";
-const QString kKid3Id = "kd3.app";
 
 std::mutex settingsMutex;
 Mp3EncodingSettings storedSettings;
-
-QString requestComponent(const QString& id) {
-    return AS::requestResource(id, AS::applicationSupportFolder(), AS::remotePathFor(id), false, nullptr);
-}
 
 bool writeText(const QString& path, const QString& text) {
     QSaveFile file(path);
@@ -110,13 +103,13 @@ void Mp3::setup() {
     userInteraction()->showPleaseWait("Additional installation",
                                       "Installing additional required components. It should take less "
                                       "than a minute. Please wait...");
-    requestComponent(kKid3Id);
-    requestComponent(soxUt_ffmpegName);
+    soxUt_toolPath(soxUt_kid3Name);
+    soxUt_toolPath(soxUt_ffmpegName);
     userInteraction()->hidePleaseWait();
 }
 
 QString Mp3::kid3Path() {
-    return requestComponent(kKid3Id) + "/Contents/MacOS/kid3-cli";
+    return soxUt_getKid3Path();
 }
 
 void Mp3::encode(const QString& from, const QString& to) {
@@ -156,7 +149,7 @@ bool Mp3::convertToMp3WithTags(const QString& src, const QString& dst, int kbitr
 
     qxLog("Convert to: " + tmp);
     soxUt_runFFMpeg(ffArgs::encodeMp3(src, tmp, kbitrate, std::nullopt));
-    soxUt_runFFMpeg(mp3Args::appendMetadata(tmp, metadata, dst));
+    soxUt_runFFMpeg(ffArgs::appendMetadata(tmp, metadata, dst));
     qxLog("Appending metadata: " + metadata + " to " + tmp + " to dest " + dst);
 
     const bool made = QFileInfo::exists(dst);
@@ -180,7 +173,7 @@ QString Mp3::metadataText(const QString& dst, float duration, const QString& tit
 
 void Mp3::addTags(const QString& filePath, const std::vector<Mp3Tag>& tagList, bool add) {
     if (tagList.empty()) return;
-    shell(kid3Path(), mp3Args::kid3SetTags(filePath, tagList, add), true);
+    shell(kid3Path(), kid3Args::setTags(filePath, tagList, add), true);
 }
 
 void Mp3::convertToID3(const QString& filePath) {
@@ -193,7 +186,7 @@ void Mp3::convertToID3(const QString& filePath) {
         qxLog("Mp3.convertToID3: cannot set " + filePath + " apart");
         return;
     }
-    shell(kid3Path(), mp3Args::kid3ConvertToID3(copy.path()), true);
+    shell(kid3Path(), kid3Args::convertToID3(copy.path()), true);
     if (!copy.putBack()) {
         qxLog("Mp3.convertToID3: cannot put back " + filePath + " from " + copy.path());
         userInteraction()->alert("Error", "Cannot put back " + filePath + ". It is in " + copy.path() + ".");

@@ -8,6 +8,7 @@
 // thread; failures reach the person through the interaction door and never as exceptions.
 
 #include "render/QXMp3Tags.h"
+#include "render/tools/Mp3Tag.h"
 
 #include <QString>
 #include <cstdint>
@@ -18,11 +19,6 @@ enum class Mp3Channels { mono = 1, stereo = 2 };
 struct Mp3EncodingSettings {
     Mp3Channels channels = Mp3Channels::stereo;
     int bitrate = 128; // kbit/s
-};
-
-struct Mp3Tag {
-    QString tag;
-    QString value;
 };
 
 class Mp3 {
@@ -64,6 +60,6 @@ public:
     // Expected size at the stored bit rate, in bytes.
     static int64_t fileSizeByDuration(double duration);
 
-    // The kid3-cli inside the store's "kd3.app" item.
+    // The tool locator's kid3-cli.
     static QString kid3Path();
 };

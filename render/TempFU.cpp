@@ -24,6 +24,10 @@ TempFU::TempFU(const QString& parentPath, const QString& prefix) : parentPath(pa
     fu_createFolder(tempPath);
 }
 
+TempFU::~TempFU() {
+    remove();
+}
+
 bool TempFU::created() const {
     return QFileInfo(tempPath).isDir();
 }

@@ -5,6 +5,9 @@ here=$(cd "$(dirname "$0")/.." && pwd)
 jobs=$(nproc)
 
 "$here/scripts/setup.sh" "$here/build"
+# Every source as the repository's .clang-format writes it (setup has installed clang-format).
+find "$here" \( -path "$here/build*" -o -path "$here/.*" \) -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
+  xargs -0 clang-format --dry-run --Werror
 (cd "$here/build" && ctest --output-on-failure --parallel "$jobs" --timeout 300)
 
 ZENDREL_BUILD_TYPE=Debug "$here/scripts/setup.sh" "$here/build-asan" -DZENDREL_SANITIZE=ON

@@ -1,3 +1,4 @@
+#include "app/core/AS.h"
 #include "support/TestEnvironment.h"
 
 #include <QCoreApplication>
@@ -7,6 +8,7 @@ int main(int argc, char** argv) {
     testenv::isolateUserFolders();
     QCoreApplication app(argc, argv);
     testenv::useStoreWorkFolder();
+    AS::installToolLocator();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -10,6 +10,7 @@
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "foundation/QXTimer.h"
+#include "render/tools/ToolPaths.h"
 
 #include <QDir>
 #include <QFile>
@@ -178,4 +179,13 @@ bool AS::preload(const std::vector<ASItem>& list, const ASProgressCallback& prog
         httpDownload(item.remotePath, getItemInASFolder(item.id), true, progressCallback);
     userInteraction()->hidePleaseWait();
     return missingItems(missing).empty();
+}
+
+void AS::installToolLocator() {
+    soxUt_setToolLocator([](const QString& id) {
+        const QString item =
+            requestResource(id, applicationSupportFolder(), remotePathFor(id), false, nullptr);
+        // The tag editor's item is a bundle; the program sits inside it.
+        return id == soxUt_kid3Name ? item + "/Contents/MacOS/kid3-cli" : item;
+    });
 }

@@ -51,4 +51,7 @@ public:
 
     // Timer tick: passes the size of the growing download to the progress callback.
     static void idle();
+
+    // Makes the store the tools layer's locator: each tool is the store's item, fetched when missing.
+    static void installToolLocator();
 };

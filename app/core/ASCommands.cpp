@@ -1,8 +1,6 @@
 #include "app/core/ASCommands.h"
 
-#include "foundation/Log.h"
-
-#include <QProcess>
+#include "render/tools/ProcessRunner.h"
 
 QStringList asCmd_curlDownload(const QString& remotePath, const QString& localPath) {
     return {"-f", "-L", "-o", localPath, remotePath};
@@ -17,16 +15,10 @@ QStringList asCmd_unzip(const QString& archivePath, const QString& folder) {
 }
 
 int asCmd_run(const QString& program, const QStringList& arguments) {
-    QProcess process;
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    if (!process.waitForStarted()) {
-        qxLog("Cannot start " + program + ": " + process.errorString());
-        return -1;
-    }
-    process.waitForFinished(-1);
-    if (process.exitStatus() != QProcess::NormalExit) return -1;
-    return process.exitCode();
+    ProcessRequest request{
+        .program = program, .arguments = arguments, .errors = ProcessErrors::discard, .keepOutput = false};
+    request.label = "asCmd_run";
+    const ProcessResult result = runProcess(request);
+    if (!result.finished || result.crashed) return -1;
+    return result.exitCode;
 }

@@ -1,5 +1,6 @@
 #include "app/core/WorkFolderPrefs.h"
 
+#include "cleaning/UhmDB.h"
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEIngest.h"
@@ -21,6 +22,12 @@ void workFolder_changeTo(const QString& to) {
     AEIngest::workFolder = to + "/";
     prefs_setValueString("workFolder", AEIngest::workFolder);
     prefs_setValueString("WorkingFolder", AEIngest::workFolder);
-    zendrelShow = loadShow();
+    zendrelShow = workFolder_loadShow();
     mustUpdate = true;
+}
+
+std::shared_ptr<AEShow> workFolder_loadShow() {
+    auto show = loadShow();
+    uhmDB = std::make_shared<UhmDB>(AEIngest::workFolder + "UhmDB.json");
+    return show;
 }

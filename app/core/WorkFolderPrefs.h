@@ -3,6 +3,9 @@
 // "WorkingFolder" is what loadShow reads. A change of folder writes both. Main thread.
 
 #include <QString>
+#include <memory>
+
+class AEShow;
 
 // Start-up: AEIngest::workFolder from "workFolder"; an empty value becomes Documents + "/Zendrel/"
 // and is written back. Returns the folder.
@@ -11,3 +14,6 @@ QString workFolder_readAtStartup();
 // `to` is the chosen folder without a trailing "/". Writes both keys, loads that folder's show into
 // zendrelShow and raises mustUpdate so the list refreshes and saves at its next tick.
 void workFolder_changeTo(const QString& to);
+
+// The working folder's show (loadShow) with the show's hesitation database beside it. Any thread.
+std::shared_ptr<AEShow> workFolder_loadShow();

@@ -5,10 +5,12 @@
 #include "app/windows/AppWindow.h"
 #include "app/windows/WorkingFolderVC.h"
 #include "app/windows/ZendrelSplashVC.h"
+#include "cleaning/BrightwashAssets.h"
 #include "foundation/Log.h"
 #include "project/model/AEIngest.h"
 #include "project/model/Globals.h"
 #include "project/panels/MainViewController.h"
+#include "ui/cleaning/Brightwash_prefsVC.h"
 
 #include <QAction>
 #include <QApplication>
@@ -27,6 +29,7 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::applicationDidFinishLaunching() {
     window_ = std::make_unique<AppWindow>();
+    installIngestBrightwash();
     buildMenu();
     splash_ = new ZendrelSplashVC([this](const std::shared_ptr<AEShow>& show) { showLoaded(show); });
     window_->switchTo(splash_, kSplashSize, true);
@@ -40,6 +43,10 @@ void AppDelegate::buildMenu() {
     QAction* save = file->addAction(tr("&Save"));
     save->setShortcut(QKeySequence::Save);
     connect(save, &QAction::triggered, this, [this] { saveAction(); });
+    file->addSeparator();
+    QAction* cleaning = file->addAction(tr("Cleaning Settings…"));
+    connect(cleaning, &QAction::triggered, this,
+            [this] { Brightwash_prefsVC::displayPrefsPanel(window_.get()); });
     file->addSeparator();
     QAction* remove = file->addAction(tr("Remove External Components"));
     connect(remove, &QAction::triggered, this, [] { mnuRemoveExternalcomponents(); });

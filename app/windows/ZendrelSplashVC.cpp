@@ -2,12 +2,12 @@
 
 #include "app/core/AEPreferences.h"
 #include "app/core/Preloads.h"
-#include "app/core/Slowder.h"
 #include "app/core/WorkFolderPrefs.h"
 #include "app/windows/SplashLogoView.h"
 #include "foundation/Execution.h"
 #include "foundation/Log.h"
 #include "foundation/QXTimer.h"
+#include "foundation/Slowder.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
 #include "render/Mp3.h"
@@ -82,7 +82,7 @@ void ZendrelSplashVC::loadShowInfo() {
         if (bar && total > 0) bar->setFraction(static_cast<double>(loaded) / total);
     };
     Queue::execute([done = onShowLoaded_] {
-        auto show = loadShow();
+        auto show = workFolder_loadShow();
         XMain::execute(
             [show, done] {
                 zendrelShow = show;

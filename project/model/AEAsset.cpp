@@ -1,11 +1,11 @@
 #include "project/model/AEAsset.h"
 
-#include "app/core/Slowder.h"
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Hallard.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
+#include "foundation/Slowder.h"
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEAssetDucking.h"
 #include "project/model/AEBGMSettings.h"
@@ -16,6 +16,7 @@
 #include "project/model/AssetColors.h"
 #include "project/model/Globals.h"
 #include "recording/AudioProbes.h"
+#include "recording/MediaCheck.h"
 #include "render/tools/SoxUt.h"
 
 #include <QFileInfo>
@@ -44,6 +45,8 @@ QString colorText(const QColor& c) {
 
 std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     (void)registered;
+    const bool fromFile = a.type != AEAssetType::silence && !a.recording;
+    if (fromFile && !mediaAcceptedOrTold(a.filePath)) return nullptr;
     std::shared_ptr<AEAsset> asset(new AEAsset());
     asset->recording = a.recording;
     asset->subsamples = std::make_shared<AESubsamples>();
@@ -149,7 +152,7 @@ void AEAsset::createDucking() {
 
 void AEAsset::forceIngest() {
     qxLog("forceIngest");
-    if (!originalFilePath.isEmpty()) ingestedFilePath = AEIngest::ingest(originalFilePath).value_or("");
+    if (!originalFilePath.isEmpty()) ingestedFilePath = AEIngest::ingestMedia(originalFilePath).value_or("");
 }
 
 void AEAsset::encode(KeyedArchiver& coder) const {
@@ -312,12 +315,14 @@ void AEAsset::autoGain(bool async) {
         measure();
 }
 
-void AEAsset::relink(const QString& newPath) {
+bool AEAsset::relink(const QString& newPath) {
     qxLog("relink");
+    if (!mediaAcceptedOrTold(newPath)) return false;
     originalFilePath = newPath;
-    ingestedFilePath = AEIngest::ingest(newPath).value_or("");
+    ingestedFilePath = AEIngest::ingestMedia(newPath).value_or("");
     performSubasmples();
-    ingested = true;
+    ingested = !ingestedFilePath.isEmpty();
+    return true;
 }
 
 void AEAsset::chooseAndRelink() {

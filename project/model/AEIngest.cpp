@@ -7,6 +7,7 @@
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "foundation/StrUt.h"
+#include "recording/MediaCheck.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -71,8 +72,16 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const Q
         qxLog("NNN!!!");
         return std::nullopt;
     }
-    const QString name =
-        ingestedName(originalFilePath, knownMd5.isEmpty() ? hallard_fileMd5(originalFilePath) : knownMd5);
+    if (!fu_isRegularFile(originalFilePath)) {
+        qxLog("AEIngest.ingest: not a regular file, nothing copied");
+        return std::nullopt;
+    }
+    const QString md5 = knownMd5.isEmpty() ? hallard_fileMd5(originalFilePath) : knownMd5;
+    if (md5.isEmpty()) {
+        qxLog("AEIngest.ingest: cannot be read, nothing copied");
+        return std::nullopt;
+    }
+    const QString name = ingestedName(originalFilePath, md5);
     const QString suffix = name.mid(name.lastIndexOf("___"));
     qxLog("1");
     if (originalFilePath.contains(suffix)) {
@@ -82,8 +91,18 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const Q
             return originalFilePath;
         }
     }
-    fu_copyFile(originalFilePath, ingestPath + name); // a copy already there is fine
+    // A copy already there is fine (same content, same name); a copy that could not be made is none.
+    if (!fu_copyFile(originalFilePath, ingestPath + name) && !fu_fileExists(ingestPath + name))
+        return std::nullopt;
     return ingestPath + name;
+}
+
+std::optional<QString> AEIngest::ingestMedia(const QString& originalFilePath, const QString& knownMd5) {
+    if (const auto refusal = mediaRefusal(originalFilePath)) {
+        qxLog("AEIngest.ingestMedia: " + mediaRefusalText(originalFilePath, *refusal) + " Nothing copied.");
+        return std::nullopt;
+    }
+    return ingest(originalFilePath, knownMd5);
 }
 
 void AEIngest::asyncIngest(const QString& originalFilePath,
@@ -93,7 +112,7 @@ void AEIngest::asyncIngest(const QString& originalFilePath,
     if (originalFilePath.isEmpty()) return;
     qxLog("asyncIngest (originalFilePath: " + originalFilePath + ")");
     Queue::execute([originalFilePath, knownMd5, callback = std::move(callback)] {
-        const auto ingested = ingest(originalFilePath, knownMd5);
+        const auto ingested = ingestMedia(originalFilePath, knownMd5);
         if (callback) callback(originalFilePath, ingested);
     });
 }

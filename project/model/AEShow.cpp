@@ -1,9 +1,9 @@
 #include "project/model/AEShow.h"
 
-#include "app/core/Slowder.h"
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Log.h"
+#include "foundation/Slowder.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEEpisode.h"
@@ -68,9 +68,10 @@ std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
     show->feed = coder.decodeString("feed").value_or("");
     // The ingested copy is read first but the cover always comes from the original file.
     show->imagePath = AEIngest::loadPath(coder.decodeString("ingestedImagePath").value_or(""));
-    if (!show->ingestedImagePath.isEmpty()) show->image = QImage(show->ingestedImagePath);
+    if (fu_isRegularFile(show->ingestedImagePath)) show->image = QImage(show->ingestedImagePath);
     show->imagePath = AEIngest::loadPath(coder.decodeString("imagePath").value_or(""));
-    if (!show->imagePath.isEmpty()) {
+    // A path from a file may name a pipe or a device: reading one would never end.
+    if (fu_isRegularFile(show->imagePath)) {
         show->image = QImage(show->imagePath);
         show->ingestedImagePath = AEIngest::ingest(show->imagePath).value_or("");
     }

@@ -1,6 +1,5 @@
 #include "project/model/Globals.h"
 
-#include "cleaning/UhmDB.h"
 #include "foundation/Log.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
@@ -22,7 +21,6 @@ bool AEEpisodeAssetListVCMustUpdate = false;
 std::shared_ptr<AEShow> loadShow() {
     const QString folder = AEIngest::getWorkFolder();
     const QString showPath = folder + "show.AEShow";
-    uhmDB = std::make_shared<UhmDB>(folder + "UhmDB.json");
     AEIngest ingest(folder + "AssetIngests");
     auto show = AEShow::load(showPath);
     AEAssetListVCGlobal = show->commonAssets;

@@ -3,7 +3,7 @@
 // texts of each row worked out once then. Rows hold their episodes, so a row stays valid (if stale)
 // when the show's array changes before the next reload. Main thread.
 
-#include "app/core/EpisodeCellText.h"
+#include "project/model/EpisodeCellText.h"
 
 #include <QAbstractListModel>
 #include <QImage>

@@ -2,9 +2,9 @@
 
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
+#include "render/tools/ProcessRunner.h"
 
 #include <QFileInfo>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStringDecoder>
 
@@ -20,25 +20,6 @@ QString quotedList(const QStringList& arguments) {
 void logStart(const QString& launchPath, const QStringList& arguments, bool ignoreOut) {
     qxLog("shell (launchPath: " + launchPath + ", arguments: " + quotedList(arguments) +
           ", ignoreOut: " + (ignoreOut ? "true" : "false") + ")");
-    qxLog((QStringList{launchPath} + arguments).join(u' '));
-}
-
-bool started(QProcess& process, const QString& launchPath, const QStringList& arguments) {
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.start(launchPath, arguments, QIODevice::ReadOnly);
-    if (process.waitForStarted(-1)) return true;
-    qxLog("shell: cannot start " + launchPath + ": " + process.errorString());
-    return false;
-}
-
-// Drains the pipe until the program closes it; waitForReadyRead gives false only then.
-QByteArray readToEnd(QProcess& process) {
-    QByteArray bytes;
-    while (process.waitForReadyRead(-1))
-        bytes += process.readAllStandardOutput();
-    process.waitForFinished(-1);
-    bytes += process.readAllStandardOutput();
-    return bytes;
 }
 
 // "" when the bytes are not UTF-8.
@@ -76,15 +57,12 @@ bool launchPathOrAlert(const QString& launchPath) {
 QString shell(const QString& launchPath, const QStringList& arguments, bool ignoreOut) {
     if (!launchPathOrAlert(launchPath)) return {};
     logStart(launchPath, arguments, ignoreOut);
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    if (ignoreOut) process.setStandardOutputFile(QProcess::nullDevice());
-    if (!started(process, launchPath, arguments)) return {};
-    if (ignoreOut) {
-        process.waitForFinished(-1);
-        return {};
-    }
-    QString text = decoded(readToEnd(process));
+    ProcessRequest request{.program = launchPath, .arguments = arguments, .keepOutput = !ignoreOut};
+    request.logVector = true;
+    request.label = "shell";
+    const ProcessResult result = runProcess(request);
+    if (ignoreOut || !result.started) return {};
+    QString text = decoded(result.output);
     dropLastCharacter(text);
     return text;
 }
@@ -92,10 +70,10 @@ QString shell(const QString& launchPath, const QStringList& arguments, bool igno
 QString shell2(const QString& launchPath, const QStringList& arguments) {
     if (!launchPathOrAlert(launchPath)) return {};
     logStart(launchPath, arguments, false);
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    if (!started(process, launchPath, arguments)) return {};
-    return decoded(readToEnd(process));
+    ProcessRequest request{.program = launchPath, .arguments = arguments, .errors = ProcessErrors::merge};
+    request.logVector = true;
+    request.label = "shell";
+    return decoded(runProcess(request).output);
 }
 
 QString bash(const QString& command, const QStringList& arguments) {

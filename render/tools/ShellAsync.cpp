@@ -2,9 +2,9 @@
 
 #include "foundation/Execution.h"
 #include "foundation/Log.h"
+#include "render/tools/ProcessRunner.h"
 #include "render/tools/Shell.h"
 
-#include <QProcess>
 #include <QStringDecoder>
 #include <utility>
 
@@ -13,23 +13,14 @@ namespace {
 void stream(const QString& launchPath, const QStringList& arguments, const ShellOutputCallback& output) {
     if (!launchPathOrAlert(launchPath)) return;
     qxLog("shellC (launchPath: " + launchPath + ", arguments: " + arguments.join(' ') + ")");
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.start(launchPath, arguments, QIODevice::ReadOnly);
-    if (!process.waitForStarted(-1)) {
-        qxLog("shellC: cannot start " + launchPath + ": " + process.errorString());
-        return;
-    }
     QStringDecoder decoder(QStringDecoder::Utf8);
-    auto deliver = [&] {
-        const QString chunk = decoder(process.readAllStandardOutput());
+    ProcessRequest request{.program = launchPath, .arguments = arguments};
+    request.onOutput = [&](const QByteArray& bytes) {
+        const QString chunk = decoder(bytes);
         if (!chunk.isEmpty() && output) output(chunk);
     };
-    while (process.waitForReadyRead(-1))
-        deliver();
-    process.waitForFinished(-1);
-    deliver();
+    request.label = "shellC";
+    runProcess(request);
 }
 
 void runInBackground(QString launchPath, QStringList arguments, ShellOutputCallback output,

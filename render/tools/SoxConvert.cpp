@@ -1,7 +1,6 @@
 #include "render/tools/SoxConvert.h"
 
 #include "foundation/FileUtils.h"
-#include "recording/AudioProbes.h"
 #include "render/tools/ToolArgs.h"
 #include "render/tools/ToolFilePaths.h"
 #include "render/tools/ToolPaths.h"
@@ -11,13 +10,6 @@ void soxUt_convert(const QString& srcFilePath, const QString& dstFilePath, std::
     fu_deleteFile(dstFilePath);
     if (toolFilePaths::extensionLower(srcFilePath) == "mp3") return;
     soxUt_runSox(soxArgs::convert(srcFilePath, dstFilePath, frequency, nChannels, bitsPerSample, normalize));
-}
-
-void soxUt_convertToMono16(const QString& srcFilePath, const QString& dstFilePath, bool normalize) {
-    const int frequency = aUt_getAudioFrequency(srcFilePath);
-    // An unreadable rate is left to SoX, which keeps the source's.
-    soxUt_convert(srcFilePath, dstFilePath, frequency > 0 ? std::optional<int>(frequency) : std::nullopt, 1,
-                  16, normalize);
 }
 
 void soxUt_convertMp3ToWav(const QString& srcFilePath, const QString& dstFilePath, bool, int nChannels,

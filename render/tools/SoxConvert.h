@@ -9,8 +9,6 @@
 // destination is removed and nothing else happens (use soxUt_convertMp3ToWav).
 void soxUt_convert(const QString& srcFilePath, const QString& dstFilePath, std::optional<int> frequency,
                    std::optional<int> nChannels, std::optional<int> bitsPerSample, bool normalize);
-// The working format of all analysis: mono, 16 bits, the source's own rate.
-void soxUt_convertToMono16(const QString& srcFilePath, const QString& dstFilePath, bool normalize);
 // Decodes to nChannels of bitsPerSample-bit integer WAV; normalize is accepted and ignored.
 void soxUt_convertMp3ToWav(const QString& srcFilePath, const QString& dstFilePath, bool normalize,
                            int nChannels, int bitsPerSample);

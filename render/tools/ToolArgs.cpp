@@ -263,4 +263,58 @@ QStringList describe(const QString& path) {
     return {"-i", forTool(path)};
 }
 
+QStringList decodeToFloatWav(const QString& src, const QString& dst) {
+    return {"-nostdin",  "-v",    "error", "-i", "file:" + src, "-map", "0:a:0",      "-c:a",
+            "pcm_f32le", "-rf64", "auto",  "-f", "wav",         "-y",   "file:" + dst};
+}
+
+QStringList appendMetadata(const QString& tmp, const QString& metadata, const QString& dst) {
+    QStringList out{"-i", forTool(tmp), "-i", forTool(metadata), "-map_metadata", "1", "-c:a", "copy"};
+    out += QStringList{"-id3v2_version", "3", "-write_id3v1", "1", forTool(dst)};
+    return out;
+}
+
 } // namespace ffArgs
+
+namespace ffprobeArgs {
+
+QStringList probeJson(const QString& path) {
+    return {"-v",  "error",       "-print_format", "json", "-show_format", "-show_streams", "-select_streams",
+            "a:0", "file:" + path};
+}
+
+} // namespace ffprobeArgs
+
+namespace kid3Args {
+
+QString value(const QString& raw) {
+    QString text = raw;
+    text.replace("\\", "\\\\");
+    text.replace("\"", "\\\"");
+    return "\"" + text + "\"";
+}
+
+QString pictureTag(const QString& picturePath) {
+    QString text = forTool(picturePath);
+    text.replace("\\", "\\\\");
+    text.replace("'", "\\'");
+    return "picture:'" + text + "'";
+}
+
+QStringList setTags(const QString& filePath, const std::vector<Mp3Tag>& tags, bool add) {
+    QStringList out;
+    for (const Mp3Tag& tag : tags) {
+        const QString name = add ? tag.tag : tag.tag.section(u':', 0, 0);
+        out += QStringList{"-c", "set " + name + " " + value(add ? tag.value : QString())};
+    }
+    out << forTool(filePath);
+    return out;
+}
+
+QStringList convertToID3(const QString& filePath) {
+    QStringList out{"-c", "filter 'ID3v2.4.0 Tag'", "-c", "select all", "-c", "to23"};
+    out += QStringList{"-c", "set arranger ''", forTool(filePath)};
+    return out;
+}
+
+} // namespace kid3Args

@@ -1,10 +1,11 @@
 #pragma once
-// The argument vectors handed to SoX and ffmpeg, one pure function per operation (the program path is
-// not part of the vector). Flag order and spelling are what the tools are known to accept; numbers are
-// printed with strUt_doublePrint, counts and rates as plain integers. Every file name goes through
-// toolFilePaths::forTool, so none can be taken for an option.
+// The argument vectors handed to SoX, ffmpeg, ffprobe and kid3-cli, one pure function per operation (the
+// program path is not part of the vector). Flag order and spelling are what the tools are known to accept;
+// numbers are printed with strUt_doublePrint, counts and rates as plain integers. Every file name goes
+// through toolFilePaths::forTool, so none can be taken for an option.
 
 #include "render/tools/BWEqBandSettings.h"
+#include "render/tools/Mp3Tag.h"
 
 #include <QString>
 #include <QStringList>
@@ -78,5 +79,31 @@ QStringList encodeAAC(const QString& src, const QString& dst, int bitrate);
 QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std::optional<int> channels);
 // The stream description (with a broadcast WAV's time_reference), printed on standard error.
 QStringList describe(const QString& path);
+// First audio stream to 32-bit float WAV (RF64 past 4 GB). "file:" keeps a name that starts with "-"
+// from reading as an option.
+QStringList decodeToFloatWav(const QString& src, const QString& dst);
+// Copies the audio of tmp and takes every tag and chapter from the FFMETADATA1 file; ID3v2.3 and v1.
+QStringList appendMetadata(const QString& tmp, const QString& metadata, const QString& dst);
 
 } // namespace ffArgs
+
+namespace ffprobeArgs {
+
+// The format and first audio stream as JSON; "file:" as in ffArgs::decodeToFloatWav.
+QStringList probeJson(const QString& path);
+
+} // namespace ffprobeArgs
+
+namespace kid3Args {
+
+// kid3 reads a value in double quotes only when its backslashes and quotes are escaped; otherwise the
+// quotes are silently taken as part of the text.
+QString value(const QString& raw);
+// "picture:'<path>'", the path escaped the same way for single quotes.
+QString pictureTag(const QString& picturePath);
+// One "-c" "set <tag> <value>" per tag, the file last. Clearing sets the bare tag name (what comes
+// before a ":") to "".
+QStringList setTags(const QString& filePath, const std::vector<Mp3Tag>& tags, bool add);
+QStringList convertToID3(const QString& filePath);
+
+} // namespace kid3Args

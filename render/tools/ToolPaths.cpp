@@ -1,27 +1,44 @@
 #include "render/tools/ToolPaths.h"
 
-#include "app/core/AS.h"
 #include "render/tools/Shell.h"
 
 #include <QFileInfo>
+#include <QStandardPaths>
 
 namespace {
-QString requestTool(const QString& id) {
-    return AS::requestResource(id, AS::applicationSupportFolder(), AS::remotePathFor(id), false, nullptr);
+ToolLocator& installedLocator() {
+    static ToolLocator locator;
+    return locator;
 }
 } // namespace
 
+void soxUt_setToolLocator(ToolLocator locator) {
+    installedLocator() = std::move(locator);
+}
+
+QString soxUt_searchPathLocator(const QString& id) {
+    if (id == soxUt_soxName) return QStandardPaths::findExecutable("sox");
+    if (id == soxUt_ffmpegName) return QStandardPaths::findExecutable("ffmpeg");
+    if (id == soxUt_kid3Name) return QStandardPaths::findExecutable("kid3-cli");
+    return {};
+}
+
+QString soxUt_toolPath(const QString& id) {
+    const ToolLocator& locator = installedLocator();
+    return locator ? locator(id) : soxUt_searchPathLocator(id);
+}
+
 void soxUt_init() {
-    requestTool(soxUt_soxName);
-    requestTool(soxUt_ffmpegName);
+    soxUt_toolPath(soxUt_soxName);
+    soxUt_toolPath(soxUt_ffmpegName);
 }
 
 QString soxUt_getSoxPath() {
-    return requestTool(soxUt_soxName);
+    return soxUt_toolPath(soxUt_soxName);
 }
 
 QString soxUt_getFFMpegPath() {
-    return requestTool(soxUt_ffmpegName);
+    return soxUt_toolPath(soxUt_ffmpegName);
 }
 
 QString soxUt_getFFProbePath() {
@@ -30,6 +47,10 @@ QString soxUt_getFFProbePath() {
     QString real = item.canonicalFilePath();
     if (real.isEmpty()) real = item.absoluteFilePath();
     return QFileInfo(real).absolutePath() + "/ffprobe";
+}
+
+QString soxUt_getKid3Path() {
+    return soxUt_toolPath(soxUt_kid3Name);
 }
 
 QString soxUt_runSox(const QStringList& arguments) {

@@ -1,4 +1,5 @@
 #include "foundation/Interaction.h"
+
 #include "foundation/Log.h"
 
 #include <gtest/gtest.h>

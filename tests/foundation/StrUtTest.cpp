@@ -96,6 +96,9 @@ TEST(StrUt, NumberTextIgnoresTheUsersLocale) {
 TEST(StrUt, AcceptCharsReplacesEachForeignCharacterOnce) {
     const QString safe = "abc_-1";
     EXPECT_EQ(strUt_acceptChars("a b-c", safe, "_"), "a_b-c");
-    EXPECT_EQ(strUt_acceptChars(QString::fromUtf8("bò\xF0\x9F\x8E\x99" "c"), safe, "_"), "b__c");
+    EXPECT_EQ(strUt_acceptChars(QString::fromUtf8("bò\xF0\x9F\x8E\x99"
+                                                  "c"),
+                                safe, "_"),
+              "b__c");
     EXPECT_EQ(strUt_acceptChars("", safe, "_"), "");
 }

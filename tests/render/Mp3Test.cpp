@@ -4,8 +4,8 @@
 #include "render/Mp3.h"
 
 #include "foundation/Prefs.h"
-#include "render/Mp3Args.h"
 #include "render/Mp3Fixture.h"
+#include "render/tools/ToolArgs.h"
 
 #include <QDate>
 #include <QDir>
@@ -49,23 +49,23 @@ TEST_F(Mp3Settings, LoadSaveAndExpectedSize) {
 }
 
 TEST(Mp3Args, ExactVectors) {
-    EXPECT_EQ(mp3Args::appendMetadata("/a/x_temp.mp3", "/a/metadata.txt", "/a/x.mp3"),
+    EXPECT_EQ(ffArgs::appendMetadata("/a/x_temp.mp3", "/a/metadata.txt", "/a/x.mp3"),
               (QStringList{"-i", "/a/x_temp.mp3", "-i", "/a/metadata.txt", "-map_metadata", "1", "-c:a",
                            "copy", "-id3v2_version", "3", "-write_id3v1", "1", "/a/x.mp3"}));
-    EXPECT_EQ(mp3Args::kid3ConvertToID3("/a/x.mp3"),
+    EXPECT_EQ(kid3Args::convertToID3("/a/x.mp3"),
               (QStringList{"-c", "filter 'ID3v2.4.0 Tag'", "-c", "select all", "-c", "to23", "-c",
                            "set arranger ''", "/a/x.mp3"}));
 
     const std::vector<Mp3Tag> tags{{"title", "Say \"hi\" \\o/"},
-                                   {mp3Args::kid3PictureTag("/a/Bob's \"best\\.png"), "T"}};
-    EXPECT_EQ(mp3Args::kid3PictureTag("/a/Bob's \"best\\.png"), "picture:'/a/Bob\\'s \"best\\\\.png'");
-    EXPECT_EQ(mp3Args::kid3SetTags("/a/x.mp3", tags, true),
+                                   {kid3Args::pictureTag("/a/Bob's \"best\\.png"), "T"}};
+    EXPECT_EQ(kid3Args::pictureTag("/a/Bob's \"best\\.png"), "picture:'/a/Bob\\'s \"best\\\\.png'");
+    EXPECT_EQ(kid3Args::setTags("/a/x.mp3", tags, true),
               (QStringList{"-c", "set title \"Say \\\"hi\\\" \\\\o/\"", "-c",
                            "set picture:'/a/Bob\\'s \"best\\\\.png' \"T\"", "/a/x.mp3"}));
-    EXPECT_EQ(mp3Args::kid3SetTags("/a/x.mp3", tags, false),
+    EXPECT_EQ(kid3Args::setTags("/a/x.mp3", tags, false),
               (QStringList{"-c", "set title \"\"", "-c", "set picture \"\"", "/a/x.mp3"}));
     // A relative name cannot pass for an option.
-    EXPECT_TRUE(mp3Args::kid3ConvertToID3("-x.mp3").last().startsWith("/"));
+    EXPECT_TRUE(kid3Args::convertToID3("-x.mp3").last().startsWith("/"));
 }
 
 TEST(Mp3MetadataText, UnknownDurationEndsTheLastChapterAtTenHours) {
@@ -168,7 +168,7 @@ TEST_F(Mp3Tools, Kid3SetsAwkwardValuesAndPicturesFaithfully) {
                   {"comment", notes},
                   {"lyrics", notes},
                   {"genre", "Podcast"},
-                  {mp3Args::kid3PictureTag(png), "desc \"x\""}},
+                  {kid3Args::pictureTag(png), "desc \"x\""}},
                  true);
     ReadTags read = readTags(mp3);
     EXPECT_EQ(read.first("TIT2"), kTitle);
@@ -180,7 +180,7 @@ TEST_F(Mp3Tools, Kid3SetsAwkwardValuesAndPicturesFaithfully) {
     EXPECT_EQ(read.pictures[0].mime, "image/png");
     EXPECT_EQ(read.pictures[0].description, "desc \"x\"");
 
-    Mp3::addTags(mp3, {{"lyrics", ""}, {mp3Args::kid3PictureTag(png), ""}}, false);
+    Mp3::addTags(mp3, {{"lyrics", ""}, {kid3Args::pictureTag(png), ""}}, false);
     read = readTags(mp3);
     EXPECT_TRUE(read.lyrics.isEmpty());
     EXPECT_TRUE(read.pictures.empty());

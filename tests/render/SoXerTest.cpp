@@ -172,6 +172,14 @@ TEST_F(SoXerTest, AnEmptyTimelineGivesNoFileAndLeavesNothing) {
     EXPECT_TRUE(entriesOf(path("out")).isEmpty());
 }
 
+TEST_F(SoXerTest, ARenderNeverPerformedLeavesNoTemporaryFolder) {
+    tl->appendItemInMainLane(fileAsset(click("c.wav", 1.0)), std::nullopt, false);
+    auto soxer = SoXer::make(out("never.wav"), 44100, 2, 16, tl);
+    EXPECT_FALSE(entriesOf(path("out")).isEmpty()) << "the job's folder exists while it is pending";
+    soxer.reset();
+    EXPECT_TRUE(entriesOf(path("out")).isEmpty());
+}
+
 TEST_F(SoXerTest, AFolderThatCannotBeWrittenFailsCleanly) {
     tl->appendItemInMainLane(fileAsset(click("c.wav", 1.0)), std::nullopt, false);
     // A file where the folder should be: refused even to root.

@@ -9,6 +9,7 @@
 #include "timeline/model/AETimeRange.h"
 
 #include <QImage>
+#include <QPointF>
 #include <QRectF>
 #include <cstdint>
 #include <memory>
@@ -17,6 +18,7 @@
 
 class AEAsset;
 class AEKeyframeList;
+enum class DragAction;
 class AEKeyframeView;
 class AEKeyframeViewSetup;
 class AETimeLine;
@@ -109,6 +111,11 @@ public:
     // The speech of the asset's analysis inside the item's range, placed at the item's time on the
     // timeline; nothing while the asset has no analysis.
     std::optional<QXOnOffList> getOnOffClusters() const;
+
+    // Edge handles: the step is in asset seconds; the range stays within the asset. The main lane
+    // closes up behind, attached items stay where they are.
+    void dragIn(DragAction action, QPointF delta);
+    void dragOut(DragAction action, QPointF delta);
 
     // The automatic fade at the end of background music, in asset time.
     void setFadeOutKFs();

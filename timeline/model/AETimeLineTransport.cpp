@@ -1,7 +1,6 @@
 // The transport: one virtual time read from the engine's clock, and a tick that starts, stops and
 // re-levels the items' players. No mix bus: clips start within one tick of their place and run
 // freely from there; the meters add up the players' own levels.
-#include "app/core/AEPreferences.h"
 #include "dsp/Levels.h"
 #include "foundation/Execution.h"
 #include "foundation/Log.h"
@@ -126,7 +125,7 @@ void AETimeLine::playingIdle() {
         });
     }
     if (virtualScroller) {
-        if (AEPreferences::timelineAutoScroll) {
+        if (view && view->autoScroll) {
             centerToPlayHead();
         } else {
             const double length = visible.duration();

@@ -29,9 +29,11 @@ std::shared_ptr<AETimeLine> undoTimeline(const std::shared_ptr<AETimeLine>& curr
     current->stopTimers();
     snapshot->refillMainLaneInTime();
     AETimeLineLanesHelper::loadSetup();
-    if (current->view)
+    if (current->view) {
         snapshot->setView(current->view->viewportWidth, current->view->viewportHeight, current->deltaOrigin,
                           true, current->virtualScroller);
+        snapshot->view->autoScroll = current->view->autoScroll;
+    }
     snapshot->draw();
     snapshot->undoDoCallback = current->undoDoCallback;
     AETimeLineLanesHelper::timeline = snapshot;

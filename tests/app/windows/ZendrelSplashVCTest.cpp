@@ -3,8 +3,8 @@
 
 #include "app/windows/ZendrelSplashVC.h"
 
-#include "app/core/Slowder.h"
 #include "foundation/Prefs.h"
+#include "foundation/Slowder.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"

@@ -2,6 +2,7 @@
 
 #include "render/tools/SoxConvert.h"
 
+#include "recording/WorkingFormat.h"
 #include "render/tools/ToolFixture.h"
 #include "render/tools/ToolPaths.h"
 

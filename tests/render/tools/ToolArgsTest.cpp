@@ -144,6 +144,12 @@ TEST(SoxUtArgsTest, FFmpegVectors) {
     EXPECT_EQ(ffArgs::encodeMp3(a, "/o.mp3", 64, std::nullopt), L({"-i", a, "-b:a", "64k", "/o.mp3"}));
     EXPECT_EQ(ffArgs::encodeMp3(a, "/o.mp3", 128, 1), L({"-i", a, "-b:a", "128k", "-ac", "1", "/o.mp3"}));
     EXPECT_EQ(ffArgs::describe(a), L({"-i", a}));
+    EXPECT_EQ(ffArgs::decodeToFloatWav("-in.m4a", b),
+              L({"-nostdin", "-v", "error", "-i", "file:-in.m4a", "-map", "0:a:0", "-c:a", "pcm_f32le",
+                 "-rf64", "auto", "-f", "wav", "-y", "file:" + b}));
+    EXPECT_EQ(ffprobeArgs::probeJson("-in.m4a"),
+              L({"-v", "error", "-print_format", "json", "-show_format", "-show_streams", "-select_streams",
+                 "a:0", "file:-in.m4a"}));
 }
 
 TEST(SoxUtArgsTest, RelativeFileNamesCannotPassForOptions) {

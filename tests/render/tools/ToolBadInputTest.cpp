@@ -1,7 +1,7 @@
 // File names the tools could misread, and inputs that are not what they claim to be.
 
+#include "recording/TimeReference.h"
 #include "render/tools/SoxUt.h"
-#include "render/tools/TimeReference.h"
 #include "render/tools/ToolFixture.h"
 #include "support/EventWait.h"
 

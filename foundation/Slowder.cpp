@@ -1,4 +1,4 @@
-#include "app/core/Slowder.h"
+#include "foundation/Slowder.h"
 
 #include "foundation/Execution.h"
 #include "foundation/Prefs.h"

@@ -1,4 +1,4 @@
-#include "render/tools/TimeReference.h"
+#include "recording/TimeReference.h"
 
 #include "recording/AudioProbes.h"
 #include "render/tools/Shell.h"

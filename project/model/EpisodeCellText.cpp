@@ -1,4 +1,4 @@
-#include "app/core/EpisodeCellText.h"
+#include "project/model/EpisodeCellText.h"
 
 #include "foundation/DateText.h"
 #include "foundation/Timecode.h"

@@ -1,6 +1,6 @@
 // Broadcast WAV time references, read through ffmpeg.
 
-#include "render/tools/TimeReference.h"
+#include "recording/TimeReference.h"
 
 #include "render/tools/ToolFixture.h"
 

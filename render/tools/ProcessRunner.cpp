@@ -1,0 +1,81 @@
+#include "render/tools/ProcessRunner.h"
+
+#include "foundation/Log.h"
+
+#include <QDeadlineTimer>
+#include <QProcess>
+#include <algorithm>
+
+namespace {
+
+constexpr int kCancelPollMs = 100;
+
+void configure(QProcess& process, const ProcessRequest& request) {
+    process.setStandardInputFile(QProcess::nullDevice());
+    switch (request.errors) {
+    case ProcessErrors::forward:
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        break;
+    case ProcessErrors::merge:
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        break;
+    case ProcessErrors::discard:
+        process.setStandardErrorFile(QProcess::nullDevice());
+        break;
+    }
+    if (!request.keepOutput) process.setStandardOutputFile(QProcess::nullDevice());
+}
+
+void take(QProcess& process, const ProcessRequest& request, ProcessResult& result) {
+    const QByteArray chunk = process.readAllStandardOutput();
+    if (chunk.isEmpty()) return;
+    if (request.onOutput)
+        request.onOutput(chunk);
+    else
+        result.output += chunk;
+}
+
+// How long the next wait may last: until the deadline, and short enough to notice a cancellation.
+int nextWaitMs(const QDeadlineTimer& deadline, bool polling) {
+    const qint64 left = deadline.remainingTime();
+    if (!polling) return static_cast<int>(left);
+    return left < 0 ? kCancelPollMs : static_cast<int>(std::min<qint64>(left, kCancelPollMs));
+}
+
+} // namespace
+
+ProcessResult runProcess(const ProcessRequest& request) {
+    ProcessResult result;
+    if (request.logVector) qxLog((QStringList{request.program} + request.arguments).join(u' '));
+    QProcess process;
+    configure(process, request);
+    process.start(request.program, request.arguments, QIODevice::ReadOnly);
+    if (!process.waitForStarted(-1)) {
+        qxLog(request.label + ": cannot start " + request.program + ": " + process.errorString());
+        return result;
+    }
+    result.started = true;
+    const QDeadlineTimer deadline(request.timeoutMs < 0 ? QDeadlineTimer::Forever
+                                                        : QDeadlineTimer(request.timeoutMs));
+    const bool polling = static_cast<bool>(request.cancelled);
+    // Reading as the output comes keeps a talkative program from blocking on a full pipe.
+    while (process.state() != QProcess::NotRunning) {
+        const int waitMs = nextWaitMs(deadline, polling);
+        const bool ready =
+            request.keepOutput ? process.waitForReadyRead(waitMs) : process.waitForFinished(waitMs);
+        if (ready && request.keepOutput) take(process, request, result);
+        if (ready || process.state() == QProcess::NotRunning) continue;
+        if (deadline.hasExpired() || (polling && request.cancelled())) {
+            qxLog(request.label + ": stopped " + request.program);
+            process.kill();
+            process.waitForFinished(-1);
+            return result;
+        }
+    }
+    process.waitForFinished(-1);
+    if (request.keepOutput) take(process, request, result);
+    result.finished = true;
+    result.crashed = process.exitStatus() != QProcess::NormalExit;
+    if (!result.crashed) result.exitCode = process.exitCode();
+    return result;
+}
