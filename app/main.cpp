@@ -1,3 +1,4 @@
+#include "app/cli/CommandLine.h"
 #include "app/windows/AppDelegate.h"
 #include "foundation/Interaction.h"
 #include "playback/engine/AudioEngine.h"
@@ -10,6 +11,9 @@
 #include <memory>
 
 int main(int argc, char** argv) {
+    // A command runs without a window or a display.
+    if (cli_isCommandLine(argc, argv)) return cli_run(argc, argv);
+
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);

@@ -1,0 +1,109 @@
+#include "app/cli/CommandLine.h"
+
+#include "app/cli/ExportCommand.h"
+#include "foundation/Interaction.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+#include <memory>
+
+const std::vector<CliCommand>& cli_commands() {
+    static const std::vector<CliCommand> table{
+        {"export", "Render an episode to an MP3 or WAV file, with loudness, tags and chapters.",
+         &runExportCommand},
+    };
+    return table;
+}
+
+namespace {
+
+const CliCommand* findCommand(const QString& name) {
+    for (const CliCommand& command : cli_commands())
+        if (command.name == name) return &command;
+    return nullptr;
+}
+
+QString topLevelHelp(const QCommandLineParser& parser) {
+    QString text = parser.helpText();
+    text += "\nCommands:\n";
+    for (const CliCommand& command : cli_commands())
+        text += "  " + command.name.leftJustified(10) + " " + command.summary + "\n";
+    text += "\nWithout a command the window opens. \"zendrel <command> --help\" describes a command.\n";
+    return text;
+}
+
+int runTopLevel(const QStringList& arguments) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Zendrel: produce a podcast episode.");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument("command", "One of the commands below.", "[command]");
+    if (!parser.parse(arguments)) return cli_fail("", parser.errorText(), kCliUsage);
+    if (parser.isSet("version")) {
+        cli_print(QCoreApplication::applicationName() + " " + QCoreApplication::applicationVersion());
+        return kCliOk;
+    }
+    if (parser.isSet("help")) {
+        std::fputs(qPrintable(topLevelHelp(parser)), stdout);
+        return kCliOk;
+    }
+    const QStringList rest = parser.positionalArguments();
+    return cli_fail("", rest.isEmpty() ? QString("no command given") : "unknown command \"" + rest[0] + "\"",
+                    kCliUsage);
+}
+
+} // namespace
+
+bool cli_isCommandLine(int argc, char** argv) {
+    if (argc < 2) return false;
+    const QString first = QString::fromLocal8Bit(argv[1]);
+    // Anything else starting with "-" is an option of the window (Qt's own -platform, -style...).
+    return !first.startsWith('-') || first == "--help" || first == "-h" || first == "--version" ||
+           first == "-v" || first == "--help-all";
+}
+
+int cli_run(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName("zendrel");
+    QCoreApplication::setApplicationVersion(ZENDREL_VERSION);
+    // No person to answer: alerts become log lines and every question gets OK.
+    setUserInteraction(std::make_shared<ScriptedInteraction>());
+    QStringList arguments = QCoreApplication::arguments();
+    int status = kCliUsage;
+    if (const CliCommand* command = findCommand(arguments.value(1))) {
+        arguments.removeAt(1);
+        status = command->run(arguments);
+    } else {
+        status = runTopLevel(arguments);
+    }
+    setUserInteraction(nullptr);
+    return status;
+}
+
+int cli_parse(QCommandLineParser& parser, const QString& command, const QStringList& arguments) {
+    const QCommandLineOption help(QStringList{"h", "help"}, "Show this help.");
+    parser.addOption(help);
+    if (!parser.parse(arguments)) return cli_fail(command, parser.errorText(), kCliUsage);
+    if (parser.isSet(help)) {
+        // Qt names only the program in its usage line; the command belongs there too.
+        QString text = parser.helpText();
+        const QString program = QCoreApplication::applicationName();
+        const qsizetype at = text.indexOf("[options]");
+        if (at >= 0) text = "Usage: " + program + " " + command + " " + text.mid(at);
+        std::fputs(qPrintable(text), stdout);
+        return kCliOk;
+    }
+    return -1;
+}
+
+int cli_fail(const QString& command, const QString& message, int status) {
+    const QString prefix = command.isEmpty() ? QString("zendrel: ") : "zendrel " + command + ": ";
+    std::fprintf(stderr, "%s\n", qPrintable(prefix + message));
+    std::fflush(stderr);
+    return status;
+}
+
+void cli_print(const QString& line) {
+    std::fprintf(stdout, "%s\n", qPrintable(line));
+    std::fflush(stdout);
+}
