@@ -8,7 +8,7 @@ namespace mp3Args {
 
 QStringList appendMetadata(const QString& tmp, const QString& metadata, const QString& dst) {
     QStringList out{"-i", forTool(tmp), "-i", forTool(metadata), "-map_metadata", "1", "-c:a", "copy"};
-    out += QStringList{"-id3v2_version", "3", "-write_id3v1", "1", forTool(dst)};
+    out += QStringList{"-id3v2_version", "3", "-write_id3v1", "0", forTool(dst)};
     return out;
 }
 

@@ -10,7 +10,8 @@
 
 namespace mp3Args {
 
-// Copies the audio of tmp and takes every tag and chapter from the FFMETADATA1 file; ID3v2.3 and v1.
+// Copies the audio of tmp and takes every tag and chapter from the FFMETADATA1 file; ID3v2.3 only:
+// ffmpeg would write ID3v1 as raw UTF-8 cut at 30 bytes, which ID3v1 readers show garbled.
 QStringList appendMetadata(const QString& tmp, const QString& metadata, const QString& dst);
 
 // kid3 reads a value in double quotes only when its backslashes and quotes are escaped; otherwise the

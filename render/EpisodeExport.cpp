@@ -1,0 +1,183 @@
+#include "render/EpisodeExport.h"
+
+#include "foundation/FileUtils.h"
+#include "foundation/Log.h"
+#include "project/model/AEAsset.h"
+#include "project/model/AEEpisode.h"
+#include "project/model/AEShow.h"
+#include "render/ChapterFiles.h"
+#include "render/ExportDone.h"
+#include "render/Mp3.h"
+#include "render/SoXer.h"
+#include "render/tools/ToolPaths.h"
+#include "timeline/model/AETimeLine.h"
+#include "timeline/model/AETimeLineItem.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <algorithm>
+
+namespace {
+
+constexpr int kRate = 44100;
+constexpr int kBits = 16;
+
+// Shares of the whole bar: the render is most of the work.
+constexpr double kRenderShare = 50;
+
+QStringList missingSources(const AETimeLine& timeline) {
+    QStringList missing;
+    for (const auto* items : {&timeline.mainLane, &timeline.attachedItems})
+        for (const auto& item : *items) {
+            const auto& asset = item->asset;
+            if (!asset || asset->type == AEAssetType::silence) continue;
+            const QString path = asset->getUsableFilePath().value_or(asset->originalFilePath);
+            if (!QFileInfo(path).isFile() && !missing.contains(path)) missing << path;
+        }
+    return missing;
+}
+
+double timedSeconds(const QElapsedTimer& clock) {
+    return static_cast<double>(clock.nsecsElapsed()) / 1e9;
+}
+
+} // namespace
+
+// The scratch folder beside the destination, so the mix and the result share one volume.
+struct ExportScratch {
+    explicit ExportScratch(const QString& destFolder) : dir(destFolder + "/.zendrel-export-XXXXXX") {}
+    QTemporaryDir dir;
+};
+
+ExportOptions EpisodeExport::defaultOptions(const QString& destPath, int channels) {
+    ExportOptions options;
+    options.destPath = destPath;
+    options.loudness = loudness_settings(QFileInfo(destPath).suffix().toLower() == "mp3", channels);
+    return options;
+}
+
+std::shared_ptr<EpisodeExport> EpisodeExport::make(const std::shared_ptr<AETimeLine>& timeline,
+                                                   const std::shared_ptr<AEEpisode>& episode,
+                                                   const std::shared_ptr<AEShow>& show,
+                                                   const ExportOptions& options, Progress progress) {
+    std::shared_ptr<EpisodeExport> out(new EpisodeExport());
+    out->options_ = options;
+    out->progress_ = std::move(progress);
+    out->episode_ = episode;
+    out->show_ = show;
+    out->mp3_ = QFileInfo(options.destPath).suffix().toLower() == "mp3";
+    out->channels_ = episode ? static_cast<int>(episode->nChannels) : 2;
+    out->missing_ = missingSources(*timeline);
+    out->scratch_ = std::make_shared<ExportScratch>(QFileInfo(options.destPath).absolutePath());
+    if (out->scratch_->dir.isValid()) {
+        std::weak_ptr<EpisodeExport> weak = out;
+        out->soxer_ = SoXer::make(out->scratch_->dir.filePath("mix.wav"), kRate, out->channels_, kBits,
+                                  timeline, {}, {}, {}, [weak](double percent) {
+                                      if (auto self = weak.lock())
+                                          self->report("Rendering", percent * kRenderShare / 100.0);
+                                  });
+        out->timeline_ = out->soxer_->timeline;
+        out->chapters_ = exportChapters(out->timeline_);
+    }
+    return out;
+}
+
+void EpisodeExport::report(const QString& phase, double percent) const {
+    if (progress_) progress_(phase, std::clamp(percent, 0.0, 100.0));
+}
+
+ExportOutcome EpisodeExport::perform() {
+    ExportOutcome outcome;
+    const auto fail = [&outcome](const QString& error) {
+        qxLog("EpisodeExport: " + error);
+        outcome.error = error;
+        return outcome;
+    };
+    const QString dest = options_.destPath;
+    const QString folder = QFileInfo(dest).absolutePath();
+    if (!soxer_) return fail("cannot write in " + folder);
+    stageTimes = {};
+    QElapsedTimer clock;
+    clock.start();
+
+    report("Rendering", 0);
+    if (!soxer_->perform()) return fail("the mix could not be rendered");
+    QString source = soxer_->destPath;
+    stageTimes.render = timedSeconds(clock);
+
+    if (options_.loudness.normalise) {
+        clock.restart();
+        report("Measuring", kRenderShare);
+        const auto measured = loudness_measure(source);
+        if (!measured) return fail("cannot measure the loudness of the mix");
+        gain_ = loudness_gainTo(*measured, options_.loudness.target);
+        stageTimes.measure = timedSeconds(clock);
+        clock.restart();
+        report("Normalising", kRenderShare + 5);
+        const QString normalised = scratch_->dir.filePath("normalised.wav");
+        soxUt_runFFMpeg(
+            loudness_normaliseArgs(source, normalised, gain_, options_.loudness.truePeakCeiling, kRate));
+        if (!fu_fileExists(normalised)) return fail("the loudness could not be normalised");
+        fu_deleteFile(source);
+        source = normalised;
+        stageTimes.normalise = timedSeconds(clock);
+    }
+
+    if (mp3_) {
+        const QString error = deliverMp3(source);
+        if (!error.isEmpty()) return fail(error);
+    } else {
+        clock.restart();
+        report("Encoding", 80);
+        if (QFileInfo::exists(dest) && !QFile::remove(dest)) return fail("cannot replace " + dest);
+        if (!QFile::rename(source, dest)) return fail("cannot write " + dest);
+        stageTimes.encode = timedSeconds(clock);
+    }
+
+    clock.restart();
+    report("Checking", 95);
+    const int bitRate = mp3_ ? Mp3::encodingSettings().bitrate : kRate * channels_ * kBits / 1000;
+    const auto read = exportReport_read(dest, bitRate, static_cast<int>(chapters_.size()), options_.loudness,
+                                        options_.loudness.normalise, gain_);
+    if (!read) return fail("cannot read back " + dest);
+    outcome.report = *read;
+    const QString sideError = writeSideFiles(outcome.report);
+    if (!sideError.isEmpty()) return fail(sideError);
+    stageTimes.check = timedSeconds(clock);
+    report("Done", 100);
+    outcome.done = true;
+    return outcome;
+}
+
+QString EpisodeExport::deliverMp3(const QString& source) {
+    QElapsedTimer clock;
+    clock.start();
+    report("Encoding", 70);
+    const QString dest = options_.destPath;
+    const QString title = episode_ ? episode_->title : QString();
+    const QString notes =
+        episode_ ? exportNotes(episode_->notes, show_ ? show_->notes : QString()) : QString();
+    if (!Mp3::encodeWithTags(source, dest, title, QString(), notes, chapters_)) return "cannot write " + dest;
+    stageTimes.encode = timedSeconds(clock);
+    clock.restart();
+    report("Tagging", 90);
+    // The picture, the notes and ID3v2.3 go in place; without an episode the encoder's tags stand.
+    if (episode_ && !exportDone(dest, timeline_, episode_, show_)) return "cannot write the tags of " + dest;
+    stageTimes.tag = timedSeconds(clock);
+    return {};
+}
+
+QString EpisodeExport::writeSideFiles(const ExportReport& report) const {
+    if (!options_.reportPath.isEmpty() && !report.write(options_.reportPath))
+        return "cannot write the report " + options_.reportPath;
+    const auto entries = chapters_entries(chapters_);
+    if (!options_.chaptersJsonPath.isEmpty() &&
+        !chapters_write(options_.chaptersJsonPath, chapters_podcastJson(entries)))
+        return "cannot write the chapters file " + options_.chaptersJsonPath;
+    if (!options_.podloveChaptersPath.isEmpty() &&
+        !chapters_write(options_.podloveChaptersPath, chapters_podloveXml(entries)))
+        return "cannot write the chapters file " + options_.podloveChaptersPath;
+    return {};
+}
