@@ -1,5 +1,7 @@
 #include "foundation/Log.h"
 
+#include "foundation/LogOutput.h"
+
 #include <cstdio>
 #include <map>
 #include <mutex>

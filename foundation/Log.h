@@ -5,8 +5,6 @@
 #include <functional>
 
 void qxLog(const QString& line);
-// On by default; a command of the command line keeps its standard output for its own lines.
-void setLogToStandardOutput(bool on);
 
 using LogSink = std::function<void(const QString&)>;
 

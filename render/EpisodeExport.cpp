@@ -107,33 +107,34 @@ ExportOutcome EpisodeExport::perform() {
     QString source = soxer_->destPath;
     stageTimes.render = timedSeconds(clock);
 
+    QString filter;
     if (options_.loudness.normalise) {
         clock.restart();
         report("Measuring", kRenderShare);
         const auto measured = loudness_measure(source);
         if (!measured) return fail("cannot measure the loudness of the mix");
         gain_ = loudness_gainTo(*measured, options_.loudness.target);
+        filter = loudness_filter(gain_, options_.loudness.truePeakCeiling, kRate);
         stageTimes.measure = timedSeconds(clock);
-        clock.restart();
-        report("Normalising", kRenderShare + 5);
-        const QString normalised = scratch_->dir.filePath("normalised.wav");
-        soxUt_runFFMpeg(
-            loudness_normaliseArgs(source, normalised, gain_, options_.loudness.truePeakCeiling, kRate));
-        if (!fu_fileExists(normalised)) return fail("the loudness could not be normalised");
-        fu_deleteFile(source);
-        source = normalised;
-        stageTimes.normalise = timedSeconds(clock);
     }
 
     if (mp3_) {
-        const QString error = deliverMp3(source);
+        // The gain and the limiter run inside the encoder's own read of the mix.
+        const QString error = deliverMp3(source, filter);
         if (!error.isEmpty()) return fail(error);
     } else {
         clock.restart();
-        report("Encoding", 80);
+        if (!filter.isEmpty()) {
+            report("Normalising", kRenderShare + 10);
+            const QString normalised = scratch_->dir.filePath("normalised.wav");
+            soxUt_runFFMpeg(
+                loudness_normaliseArgs(source, normalised, gain_, options_.loudness.truePeakCeiling, kRate));
+            if (!fu_fileExists(normalised)) return fail("the loudness could not be normalised");
+            source = normalised;
+        }
         if (QFileInfo::exists(dest) && !QFile::remove(dest)) return fail("cannot replace " + dest);
         if (!QFile::rename(source, dest)) return fail("cannot write " + dest);
-        stageTimes.encode = timedSeconds(clock);
+        stageTimes.normalise = timedSeconds(clock);
     }
 
     clock.restart();
@@ -151,7 +152,7 @@ ExportOutcome EpisodeExport::perform() {
     return outcome;
 }
 
-QString EpisodeExport::deliverMp3(const QString& source) {
+QString EpisodeExport::deliverMp3(const QString& source, const QString& filter) {
     QElapsedTimer clock;
     clock.start();
     report("Encoding", 70);
@@ -159,7 +160,8 @@ QString EpisodeExport::deliverMp3(const QString& source) {
     const QString title = episode_ ? episode_->title : QString();
     const QString notes =
         episode_ ? exportNotes(episode_->notes, show_ ? show_->notes : QString()) : QString();
-    if (!Mp3::encodeWithTags(source, dest, title, QString(), notes, chapters_)) return "cannot write " + dest;
+    if (!Mp3::encodeWithTags(source, dest, title, QString(), notes, chapters_, filter))
+        return "cannot write " + dest;
     stageTimes.encode = timedSeconds(clock);
     clock.restart();
     report("Tagging", 90);

@@ -39,7 +39,7 @@ struct ExportOutcome {
 
 class EpisodeExport {
 public:
-    // phase ("Rendering", "Measuring", "Normalising", "Encoding", "Tagging", "Checking") and the whole
+    // phase ("Rendering", "Measuring", "Normalising" (WAV), "Encoding", "Tagging", "Checking") and the whole
     // export's percent.
     using Progress = std::function<void(const QString& phase, double percent)>;
 
@@ -70,7 +70,7 @@ public:
 private:
     EpisodeExport() = default;
     void report(const QString& phase, double percent) const;
-    QString deliverMp3(const QString& source);
+    QString deliverMp3(const QString& source, const QString& filter);
     QString writeSideFiles(const ExportReport& report) const;
 
     std::shared_ptr<AETimeLine> timeline_;

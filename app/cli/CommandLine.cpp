@@ -23,8 +23,18 @@ const CliCommand* findCommand(const QString& name) {
     return nullptr;
 }
 
-QString topLevelHelp(const QCommandLineParser& parser) {
+// Qt names the program by the path it was started with; the usage line names it as people type it,
+// with the command when there is one.
+QString helpWithUsage(const QCommandLineParser& parser, const QString& command) {
     QString text = parser.helpText();
+    const qsizetype at = text.indexOf("[options]");
+    if (at < 0) return text;
+    const QString program = QCoreApplication::applicationName();
+    return "Usage: " + program + (command.isEmpty() ? QString() : " " + command) + " " + text.mid(at);
+}
+
+QString topLevelHelp(const QCommandLineParser& parser) {
+    QString text = helpWithUsage(parser, {});
     text += "\nCommands:\n";
     for (const CliCommand& command : cli_commands())
         text += "  " + command.name.leftJustified(10) + " " + command.summary + "\n";
@@ -85,12 +95,7 @@ int cli_parse(QCommandLineParser& parser, const QString& command, const QStringL
     parser.addOption(help);
     if (!parser.parse(arguments)) return cli_fail(command, parser.errorText(), kCliUsage);
     if (parser.isSet(help)) {
-        // Qt names only the program in its usage line; the command belongs there too.
-        QString text = parser.helpText();
-        const QString program = QCoreApplication::applicationName();
-        const qsizetype at = text.indexOf("[options]");
-        if (at >= 0) text = "Usage: " + program + " " + command + " " + text.mid(at);
-        std::fputs(qPrintable(text), stdout);
+        std::fputs(qPrintable(helpWithUsage(parser, command)), stdout);
         return kCliOk;
     }
     return -1;

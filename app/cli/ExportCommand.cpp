@@ -3,7 +3,7 @@
 #include "app/cli/CommandLine.h"
 #include "foundation/ETA.h"
 #include "foundation/Execution.h"
-#include "foundation/Log.h"
+#include "foundation/LogOutput.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"

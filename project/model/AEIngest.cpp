@@ -8,6 +8,7 @@
 #include "foundation/Prefs.h"
 #include "foundation/StrUt.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -71,19 +72,34 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const Q
         qxLog("NNN!!!");
         return std::nullopt;
     }
-    const QString name =
-        ingestedName(originalFilePath, knownMd5.isEmpty() ? hallard_fileMd5(originalFilePath) : knownMd5);
+    // One read both hashes and copies, into a pending file named once the digest is known. A file
+    // already in the ingest folder, or one whose digest is known, needs no copy made while hashing.
+    QString md5 = knownMd5;
+    QString pending;
+    if (md5.isEmpty() && !originalFilePath.contains(ingestPath)) {
+        pending = ingestPath + ".pending-" + hallard_getNewId() + ".part";
+        md5 = hallard_copyFileWithMd5(originalFilePath, pending);
+        if (md5.isEmpty()) pending.clear();
+    }
+    if (md5.isEmpty()) md5 = hallard_fileMd5(originalFilePath);
+    const QString name = ingestedName(originalFilePath, md5);
     const QString suffix = name.mid(name.lastIndexOf("___"));
     qxLog("1");
     if (originalFilePath.contains(suffix)) {
         qxLog("2");
         if (originalFilePath.contains(ingestPath)) {
             qxLog("3");
+            if (!pending.isEmpty()) QFile::remove(pending);
             return originalFilePath;
         }
     }
-    fu_copyFile(originalFilePath, ingestPath + name); // a copy already there is fine
-    return ingestPath + name;
+    const QString target = ingestPath + name;
+    if (pending.isEmpty()) {
+        fu_copyFile(originalFilePath, target); // a copy already there is fine
+    } else if (QFileInfo::exists(target) || !QFile::rename(pending, target)) {
+        QFile::remove(pending);
+    }
+    return target;
 }
 
 void AEIngest::asyncIngest(const QString& originalFilePath,
