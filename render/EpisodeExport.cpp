@@ -18,6 +18,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -26,6 +27,8 @@ constexpr int kBits = 16;
 
 // Shares of the whole bar: the render is most of the work.
 constexpr double kRenderShare = 50;
+// LU off target above which an MP3 is encoded again.
+constexpr double kRetryAbove = 0.3;
 
 QStringList missingSources(const AETimeLine& timeline) {
     QStringList missing;
@@ -79,6 +82,8 @@ std::shared_ptr<EpisodeExport> EpisodeExport::make(const std::shared_ptr<AETimeL
                                           self->report("Rendering", percent * kRenderShare / 100.0);
                                   });
         out->timeline_ = out->soxer_->timeline;
+        // The duplicate's item list, which the chapter markers are read from, is gathered here.
+        out->timeline_->getCollectedItems();
         out->chapters_ = exportChapters(out->timeline_);
     }
     return out;
@@ -140,9 +145,26 @@ ExportOutcome EpisodeExport::perform() {
     clock.restart();
     report("Checking", 95);
     const int bitRate = mp3_ ? Mp3::encodingSettings().bitrate : kRate * channels_ * kBits / 1000;
-    const auto read = exportReport_read(dest, bitRate, static_cast<int>(chapters_.size()), options_.loudness,
-                                        options_.loudness.normalise, gain_);
+    auto read = exportReport_read(dest, bitRate, static_cast<int>(chapters_.size()), options_.loudness,
+                                  options_.loudness.normalise, gain_);
     if (!read) return fail("cannot read back " + dest);
+    // The encoder's low-pass takes some loudness with it (most with bright material): when the file
+    // misses the target and has the headroom, it is made once more with the gain corrected.
+    const double missed = options_.loudness.target - read->integratedLoudness;
+    // Not when the limiter holds it down: more gain would only be limited away.
+    const bool room = read->truePeak + missed <= options_.loudness.truePeakCeiling;
+    if (mp3_ && options_.loudness.normalise && std::isfinite(missed) && std::fabs(missed) > kRetryAbove &&
+        room) {
+        gain_ += missed;
+        // The encoder's last step will not overwrite a file.
+        if (!QFile::remove(dest)) return fail("cannot replace " + dest);
+        const QString error =
+            deliverMp3(source, loudness_filter(gain_, options_.loudness.truePeakCeiling, kRate));
+        if (!error.isEmpty()) return fail(error);
+        read = exportReport_read(dest, bitRate, static_cast<int>(chapters_.size()), options_.loudness, true,
+                                 gain_);
+        if (!read) return fail("cannot read back " + dest);
+    }
     outcome.report = *read;
     const QString sideError = writeSideFiles(outcome.report);
     if (!sideError.isEmpty()) return fail(sideError);

@@ -5,7 +5,9 @@
 
 #include <QCoreApplication>
 #include <cstdio>
+#include <fcntl.h>
 #include <memory>
+#include <unistd.h>
 
 const std::vector<CliCommand>& cli_commands() {
     static const std::vector<CliCommand> table{
@@ -16,6 +18,10 @@ const std::vector<CliCommand>& cli_commands() {
 }
 
 namespace {
+
+// Our own standard error, kept apart from descriptor 2, which the tools inherit.
+FILE* ownStderr = stderr;
+int toolStderrBackup = -1;
 
 const CliCommand* findCommand(const QString& name) {
     for (const CliCommand& command : cli_commands())
@@ -82,7 +88,9 @@ int cli_run(int argc, char** argv) {
     int status = kCliUsage;
     if (const CliCommand* command = findCommand(arguments.value(1))) {
         arguments.removeAt(1);
+        cli_showToolOutput(false);
         status = command->run(arguments);
+        cli_showToolOutput(true);
     } else {
         status = runTopLevel(arguments);
     }
@@ -103,9 +111,28 @@ int cli_parse(QCommandLineParser& parser, const QString& command, const QStringL
 
 int cli_fail(const QString& command, const QString& message, int status) {
     const QString prefix = command.isEmpty() ? QString("zendrel: ") : "zendrel " + command + ": ";
-    std::fprintf(stderr, "%s\n", qPrintable(prefix + message));
-    std::fflush(stderr);
+    std::fprintf(ownStderr, "%s\n", qPrintable(prefix + message));
+    std::fflush(ownStderr);
     return status;
+}
+
+void cli_showToolOutput(bool on) {
+    std::fflush(stderr);
+    if (on && toolStderrBackup >= 0) {
+        dup2(toolStderrBackup, STDERR_FILENO);
+        if (ownStderr != stderr) std::fclose(ownStderr);
+        ownStderr = stderr;
+        close(toolStderrBackup);
+        toolStderrBackup = -1;
+    } else if (!on && toolStderrBackup < 0) {
+        toolStderrBackup = dup(STDERR_FILENO);
+        const int ownCopy = dup(STDERR_FILENO);
+        const int nowhere = open("/dev/null", O_WRONLY);
+        if (toolStderrBackup < 0 || ownCopy < 0 || nowhere < 0) return;
+        dup2(nowhere, STDERR_FILENO);
+        close(nowhere);
+        if (FILE* own = fdopen(ownCopy, "w")) ownStderr = own;
+    }
 }
 
 void cli_print(const QString& line) {

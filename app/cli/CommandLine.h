@@ -33,5 +33,8 @@ constexpr int kCliUsage = 2;
 int cli_parse(QCommandLineParser& parser, const QString& command, const QStringList& arguments);
 // "zendrel <command>: <message>" on stderr; returns status.
 int cli_fail(const QString& command, const QString& message, int status = kCliFailed);
+// The tools a command runs write to this process's standard error; by default that goes nowhere, so
+// that a failing command's one line stands alone. On shows their output again.
+void cli_showToolOutput(bool on);
 // One line on stdout, flushed at once (progress lines are read while the command runs).
 void cli_print(const QString& line);

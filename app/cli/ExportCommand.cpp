@@ -86,6 +86,7 @@ int runExportCommand(const QStringList& arguments) {
                                  "OUT.(mp3|wav)");
     if (const int status = cli_parse(parser, kCommand, arguments); status >= 0) return status;
     setLogToStandardOutput(parser.isSet(verbose));
+    cli_showToolOutput(parser.isSet(verbose));
 
     if (!parser.isSet(workFolder)) return cli_fail(kCommand, "--work-folder is required", kCliUsage);
     if (!parser.isSet(episodeOption)) return cli_fail(kCommand, "--episode is required", kCliUsage);
