@@ -1,6 +1,9 @@
+#include "app/cli/CommandLine.h"
 #include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
+#include "app/windows/TimelineViewController.h"
 #include "foundation/Interaction.h"
+#include "foundation/Prefs.h"
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "ui/AppStyle.h"
@@ -11,6 +14,9 @@
 #include <memory>
 
 int main(int argc, char** argv) {
+    // A command runs without a window or a display.
+    if (cli_isCommandLine(argc, argv)) return cli_run(argc, argv);
+
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);
@@ -25,7 +31,7 @@ int main(int argc, char** argv) {
 
     AS::installToolLocator();
     // The default sound device, or the null output when there is none.
-    sharedAudioEngine().startDeviceOutput();
+    sharedAudioEngine().startDeviceOutput(prefs_getValueString("AEPreferences.outputDevice", "").toUtf8());
 
     const int status = [&app] {
         auto delegate = std::make_shared<AppDelegate>();

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 
-BlockMeans::BlockMeans(size_t amount) : amount_(amount) {
-    pending_.reserve(amount);
+BlockMeans::BlockMeans(size_t amount) : BlockMeans(amount, 1) {}
+
+BlockMeans::BlockMeans(size_t numerator, size_t denominator)
+    : numerator_(numerator), denominator_(denominator), amount_(blockLength(0)) {
+    pending_.reserve(amount_ + 1);
 }
 
 template <class At> void BlockMeans::feed(size_t count, At at) {
@@ -14,10 +17,13 @@ template <class At> void BlockMeans::feed(size_t count, At at) {
         if (pending_.size() < amount_) return;
         means_.push_back(blockMean(pending_.data(), amount_));
         pending_.clear();
+        amount_ = blockLength(++blocks_);
     }
-    for (; i + amount_ <= count; i += amount_) {
+    while (i + amount_ <= count) {
         const size_t first = i;
         means_.push_back(meanOf(amount_, [&at, first](size_t k) { return at(first + k); }));
+        i += amount_;
+        amount_ = blockLength(++blocks_);
     }
     for (; i < count; ++i)
         pending_.push_back(at(i));

@@ -1,8 +1,10 @@
 #pragma once
-// Means of consecutive, non-overlapping blocks of `amount` values, fed in pieces of any size; a partial
-// block at the end is dropped. The result does not depend on where the input was cut, nor on whether
-// magnitudes were taken beforehand or on the way in: a file summed piece by piece gives the very floats
-// that ArrayUtils::downsample gives on the whole of it. One thread at a time.
+// Means of consecutive, non-overlapping blocks of `amount` values, or of a fractional length
+// (`numerator` / `denominator` on average: block k ends at value ⌊(k+1) × n / d⌋, so whole blocks
+// never drift from the exact rate), fed in pieces of any size; a partial block at the end is dropped. The
+// result does not depend on where the input was cut, nor on whether magnitudes were taken beforehand or on
+// the way in: a file summed piece by piece gives the very floats that ArrayUtils::downsample gives on the
+// whole of it. One thread at a time.
 
 #include <cmath>
 #include <cstddef>
@@ -13,6 +15,8 @@ class BlockMeans {
 public:
     // amount must be above 0.
     explicit BlockMeans(size_t amount);
+    // Both above 0, numerator not below denominator: 44100 values to 300 means, say.
+    BlockMeans(size_t numerator, size_t denominator);
 
     void add(std::span<const float> values);
     // Feeds |values[i × stride] × scale| for i below count: one channel of interleaved audio, rescaled,
@@ -48,8 +52,14 @@ private:
     }
 
     template <class At> void feed(size_t count, At at);
+    size_t blockLength(size_t k) const {
+        return ((k + 1) * numerator_) / denominator_ - (k * numerator_) / denominator_;
+    }
 
-    size_t amount_;
+    size_t numerator_;
+    size_t denominator_;
+    size_t amount_;              // length of the block being filled
+    size_t blocks_ = 0;          // blocks completed
     std::vector<float> pending_; // start of a block still waiting for its end
     std::vector<float> means_;
 };

@@ -17,6 +17,10 @@ bool fu_createFolder(const QString& path) {
     return false;
 }
 
+bool fu_isRegularFile(const QString& path) {
+    return !path.isEmpty() && QFileInfo(path).isFile();
+}
+
 bool fu_copyFile(const QString& from, const QString& to) {
     if (QFileInfo::exists(to)) {
         qxLog("fu_copyFile: " + to + " is already there");

@@ -6,6 +6,9 @@
 #include <cstdint>
 
 bool fu_fileExists(const QString& path);
+// A regular file, links resolved, from metadata alone: false for folders, pipes, sockets, devices and
+// dangling links. Whatever reads a path it did not make asks this before opening it.
+bool fu_isRegularFile(const QString& path);
 // Creates the folder and its parents; true when it exists afterwards.
 bool fu_createFolder(const QString& path);
 // Copies without overwriting; false (and a log line) when the copy did not happen.

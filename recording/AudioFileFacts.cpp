@@ -3,7 +3,11 @@
 #include "dsp/SndFile.h"
 #include "recording/MediaProbe.h"
 
+#include <QDateTime>
 #include <QFileInfo>
+#include <map>
+#include <mutex>
+#include <tuple>
 
 namespace {
 
@@ -96,6 +100,51 @@ int64_t bitrateFromSize(int64_t fileBytes, double duration) {
     return duration > 0.0 ? static_cast<int64_t>(static_cast<double>(fileBytes) * 8.0 / duration) : 0;
 }
 
+std::optional<AudioFileFacts> probeFacts(const QString& path, int64_t fileBytes, bool withBitrate) {
+    if (auto facts = factsFromSndFile(path)) {
+        if (withBitrate && facts->encoding != AudioEncoding::pcm) {
+            // The decoder library keeps the coded rate to itself; the prober reads it from the stream.
+            const auto probed = audioFactsFromProbeJson(runMediaProbe(path), fileBytes);
+            facts->bitrate = probed ? probed->bitrate : bitrateFromSize(fileBytes, facts->duration);
+        }
+        return facts;
+    }
+    return audioFactsFromProbeJson(runMediaProbe(path), fileBytes);
+}
+
+// One version of one file: a damaged file costs a decoder pass (about a second for a broken MP3),
+// so each version is probed once however many of the probes ask.
+struct FactsKey {
+    QString path;
+    int64_t size = 0;
+    int64_t modified = 0;
+    bool operator<(const FactsKey& o) const {
+        return std::tie(path, size, modified) < std::tie(o.path, o.size, o.modified);
+    }
+};
+
+struct RememberedFacts {
+    std::optional<AudioFileFacts> facts;
+    bool withBitrate = false;
+};
+
+constexpr size_t kMostRemembered = 512;
+std::mutex rememberedMutex;
+std::map<FactsKey, RememberedFacts> remembered;
+
+std::optional<std::optional<AudioFileFacts>> rememberedFacts(const FactsKey& key, bool withBitrate) {
+    std::lock_guard lock(rememberedMutex);
+    const auto found = remembered.find(key);
+    if (found == remembered.end() || (withBitrate && !found->second.withBitrate)) return std::nullopt;
+    return found->second.facts;
+}
+
+void remember(const FactsKey& key, bool withBitrate, const std::optional<AudioFileFacts>& facts) {
+    std::lock_guard lock(rememberedMutex);
+    if (remembered.size() >= kMostRemembered) remembered.clear();
+    remembered[key] = RememberedFacts{facts, withBitrate};
+}
+
 } // namespace
 
 int AudioFileFacts::bitsPerSample() const {
@@ -106,14 +155,10 @@ int AudioFileFacts::bitsPerSample() const {
 
 std::optional<AudioFileFacts> readAudioFileFacts(const QString& path, bool withBitrate) {
     if (path.isEmpty() || !QFileInfo(path).isFile()) return std::nullopt;
-    const int64_t fileBytes = QFileInfo(path).size();
-    if (auto facts = factsFromSndFile(path)) {
-        if (withBitrate && facts->encoding != AudioEncoding::pcm) {
-            // The decoder library keeps the coded rate to itself; the prober reads it from the stream.
-            const auto probed = audioFactsFromProbeJson(runMediaProbe(path), fileBytes);
-            facts->bitrate = probed ? probed->bitrate : bitrateFromSize(fileBytes, facts->duration);
-        }
-        return facts;
-    }
-    return audioFactsFromProbeJson(runMediaProbe(path), fileBytes);
+    const QFileInfo info(path);
+    const FactsKey key{path, info.size(), info.lastModified().toMSecsSinceEpoch()};
+    if (const auto known = rememberedFacts(key, withBitrate)) return *known;
+    const auto facts = probeFacts(path, key.size, withBitrate);
+    remember(key, withBitrate, facts);
+    return facts;
 }

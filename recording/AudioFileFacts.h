@@ -26,7 +26,8 @@ struct AudioFileFacts {
     int bitsPerSample() const;
 };
 
-// Nothing when the file is missing or neither reader takes it as audio. Coded data needs the prober
+// Nothing when the file is missing, special, or neither reader takes it as audio. Each version of a
+// file (path, size, modification time) is probed once and remembered. Coded data needs the prober
 // for its bit rate: without `withBitrate` that figure is left 0 and no process is started for it.
 std::optional<AudioFileFacts> readAudioFileFacts(const QString& path, bool withBitrate);
 

@@ -63,7 +63,9 @@ std::optional<AudioFileFacts> audioFactsFromProbeJson(const QByteArray& json, in
     facts.duration = number(stream.value("duration"));
     if (facts.duration <= 0.0) facts.duration = number(format.value("duration"));
 
+    // A stream the prober cannot name (an unknown format tag) decodes to nothing.
     const QString codec = stream.value("codec_name").toString();
+    if (codec.isEmpty() || codec == "none") return std::nullopt;
     const QString longName = stream.value("codec_long_name").toString();
     facts.dataFormat = longName.isEmpty() ? codec : longName;
     // bits_per_sample is 0 for anything coded; lossless coders carry their source width elsewhere.

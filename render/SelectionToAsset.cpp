@@ -46,6 +46,10 @@ void selectionToAssetDone(const QString& name, AEAssetType type, AESelectionToAs
                          return;
                      }
                      auto asset = assetOfRender(path, name, type);
+                     if (!asset) {
+                         if (completion) completion(nullptr);
+                         return;
+                     }
                      if (where == AESelectionToAssetWhere::episode) {
                          AEEpisodeAssetListVCGlobal.push_back(asset);
                          if (episode) episode->assets = AEEpisodeAssetListVCGlobal;

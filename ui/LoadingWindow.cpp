@@ -42,17 +42,17 @@ LoadingWindow::~LoadingWindow() {
 
 std::shared_ptr<LoadingWindow> LoadingWindow::make(const QString& windowTitle, const QString& title,
                                                    const QString& description, std::function<void()> callback,
-                                                   const QString& imPrefix) {
+                                                   const QString& imPrefix, bool modal) {
     std::shared_ptr<LoadingWindow> window(new LoadingWindow(std::move(callback)));
-    XMain::execute([&] { window->build(windowTitle, title, description, imPrefix); });
+    XMain::execute([&] { window->build(windowTitle, title, description, imPrefix, modal); });
     return window;
 }
 
 void LoadingWindow::build(const QString& windowTitle, const QString& title, const QString& description,
-                          const QString& imPrefix) {
+                          const QString& imPrefix, bool modal) {
     auto* dialog = new LoadingDialog;
     dialog->setWindowTitle(windowTitle);
-    dialog->setModal(true);
+    dialog->setModal(modal);
     dialog->onShown = [weak = weak_from_this()] {
         if (auto self = weak.lock()) self->viewHasAppeared();
     };
@@ -86,6 +86,7 @@ void LoadingWindow::build(const QString& windowTitle, const QString& title, cons
     dialog_ = dialog;
     bar_ = bar;
     etaLabel_ = etaLabel;
+    description_ = descriptionLabel;
     dialog->show();
 }
 
@@ -109,6 +110,15 @@ void LoadingWindow::setPercentage(double fraction) {
             if (!self || !self->bar_) return;
             self->bar_->setValue(static_cast<int>(f * kBarSteps));
             self->etaLabel_->setText("ETA: " + DiscorsiveETA::getString(self->eta_.secondsToGo(f)));
+        },
+        true);
+}
+
+void LoadingWindow::setDescription(const QString& text) {
+    XMain::execute(
+        [weak = weak_from_this(), text] {
+            auto self = weak.lock();
+            if (self && self->description_) self->description_->setText(text);
         },
         true);
 }

@@ -22,11 +22,13 @@ public:
     // Shows the window. imPrefix names the rolling wheel's frames.
     static std::shared_ptr<LoadingWindow> make(const QString& windowTitle, const QString& title,
                                                const QString& description, std::function<void()> callback,
-                                               const QString& imPrefix);
+                                               const QString& imPrefix, bool modal = true);
     ~LoadingWindow();
 
     // Runs the callback, the first time only.
     void viewHasAppeared();
+    // The line under the title (the phase of a job).
+    void setDescription(const QString& text);
     // Fraction done, 0...1.
     void setPercentage(double fraction);
     // Closes the window on the idle timer "LoadingWindow.dismissIdle", once it has appeared.
@@ -37,7 +39,7 @@ public:
 private:
     explicit LoadingWindow(std::function<void()> callback);
     void build(const QString& windowTitle, const QString& title, const QString& description,
-               const QString& imPrefix);
+               const QString& imPrefix, bool modal);
     static void dismissIdle();
 
     std::function<void()> callback_;
@@ -46,4 +48,5 @@ private:
     QPointer<QDialog> dialog_;
     QPointer<QProgressBar> bar_;
     QPointer<QLabel> etaLabel_;
+    QPointer<QLabel> description_;
 };

@@ -1,5 +1,6 @@
 #include "app/windows/AppWindow.h"
 
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QStackedWidget>
@@ -33,4 +34,9 @@ void AppWindow::discard(QWidget* content) {
 
 QWidget* AppWindow::content() const {
     return stack_->currentWidget();
+}
+
+void AppWindow::closeEvent(QCloseEvent* event) {
+    if (closeGuard && closeGuard()) return event->ignore();
+    QMainWindow::closeEvent(event);
 }

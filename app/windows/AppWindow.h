@@ -3,6 +3,7 @@
 // later the timeline), each sized to suit it. Main thread.
 
 #include <QMainWindow>
+#include <functional>
 
 class QStackedWidget;
 
@@ -15,6 +16,11 @@ public:
     // Drops a content that is no longer needed.
     void discard(QWidget* content);
     QWidget* content() const;
+    // Asked when the person closes the window; true when the close was handled (the window stays).
+    std::function<bool()> closeGuard;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     QStackedWidget* stack_;

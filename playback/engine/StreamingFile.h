@@ -4,7 +4,7 @@
 // play on both channels; a file of another sample rate is resampled to the engine's. A speed other
 // than 1.0 is made in the worker by time-stretching, which keeps the pitch.
 
-#include "playback/engine/SpscRing.h"
+#include "dsp/SpscRing.h"
 #include "playback/engine/VoiceSource.h"
 
 #include <QString>

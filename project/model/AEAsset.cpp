@@ -16,6 +16,7 @@
 #include "project/model/AssetColors.h"
 #include "project/model/Globals.h"
 #include "recording/AudioProbes.h"
+#include "recording/MediaCheck.h"
 #include "render/tools/SoxUt.h"
 
 #include <QFileInfo>
@@ -44,6 +45,8 @@ QString colorText(const QColor& c) {
 
 std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     (void)registered;
+    const bool fromFile = a.type != AEAssetType::silence && !a.recording;
+    if (fromFile && !mediaAcceptedOrTold(a.filePath)) return nullptr;
     std::shared_ptr<AEAsset> asset(new AEAsset());
     asset->recording = a.recording;
     asset->subsamples = std::make_shared<AESubsamples>();
@@ -144,12 +147,12 @@ void AEAsset::regenerateSubsamples() {
 }
 
 void AEAsset::createDucking() {
-    assetDucking = std::make_shared<AEAssetDucking>(id);
+    assetDucking = AEAssetDucking::make(id, subsamples);
 }
 
 void AEAsset::forceIngest() {
     qxLog("forceIngest");
-    if (!originalFilePath.isEmpty()) ingestedFilePath = AEIngest::ingest(originalFilePath).value_or("");
+    if (!originalFilePath.isEmpty()) ingestedFilePath = AEIngest::ingestMedia(originalFilePath).value_or("");
 }
 
 void AEAsset::encode(KeyedArchiver& coder) const {
@@ -312,12 +315,14 @@ void AEAsset::autoGain(bool async) {
         measure();
 }
 
-void AEAsset::relink(const QString& newPath) {
+bool AEAsset::relink(const QString& newPath) {
     qxLog("relink");
+    if (!mediaAcceptedOrTold(newPath)) return false;
     originalFilePath = newPath;
-    ingestedFilePath = AEIngest::ingest(newPath).value_or("");
+    ingestedFilePath = AEIngest::ingestMedia(newPath).value_or("");
     performSubasmples();
-    ingested = true;
+    ingested = !ingestedFilePath.isEmpty();
+    return true;
 }
 
 void AEAsset::chooseAndRelink() {

@@ -48,6 +48,7 @@ public:
         BWStatus bwStatus = BWStatus::none;
     };
     // Builds the record and starts what it needs: ingest, summary, the store for a new asset.
+    // A file the media check refuses gives nullptr, the person told why, nothing copied or stored.
     static std::shared_ptr<AEAsset> make(const Args& args);
     // Default fields and nothing started: stands for an asset that cannot be found.
     static std::shared_ptr<AEAsset> makePlaceholder();
@@ -106,7 +107,8 @@ public:
     // The path to read audio from, repairing a lost copy; nothing when no file can be reached.
     std::optional<QString> getUsableFilePath();
     void autoGain(bool async);
-    void relink(const QString& newPath);
+    // False, the person told why and the record untouched, when the media check refuses the file.
+    bool relink(const QString& newPath);
     void chooseAndRelink();
 
 private:

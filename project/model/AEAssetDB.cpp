@@ -56,7 +56,7 @@ void AEAssetDB::checkAsset(const std::shared_ptr<AEAsset>& asset) {
     // The copy is made in the background; the record changes on the main thread, without waiting.
     const QString original = asset->originalFilePath;
     Queue::execute([asset, original] {
-        const QString copy = AEIngest::ingest(original).value_or("");
+        const QString copy = AEIngest::ingestMedia(original).value_or("");
         XMain::execute(
             [asset, copy] {
                 asset->ingestedFilePath = copy;

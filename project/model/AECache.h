@@ -1,7 +1,8 @@
 #pragma once
 // The per-user cache of waveform summaries: one raw float file per asset,
-// <user cache>/AudioEngine/<md5 of the original file's path>.cache. The key is the path, not the
-// content: moving the original misses the entry, changing it in place does not. Any thread.
+// <user cache>/AudioEngine/<md5 of the key>.cache. The key is what the file is: its path, size and
+// modification time (the path alone once the file is gone), so moving, replacing or rewriting the
+// original misses the entry. An empty summary is never stored nor taken. Any thread.
 
 #include <QString>
 #include <optional>
@@ -13,9 +14,10 @@ public:
     // Without a trailing "/".
     static QString getCacheFolder();
     static QString cacheFilePath(const QString& originalFileName);
-    // Makes the folder when needed; false when the write failed.
+    static QString cacheKey(const QString& originalFileName);
+    // Makes the folder when needed; false when the write failed or there is nothing to store.
     static bool saveSubsamplesToCache(const QString& originalFileName, std::span<const float> subsamples);
-    // Nothing when there is no entry or it cannot be read.
+    // Nothing when there is no entry, it cannot be read or it is empty.
     static std::optional<std::vector<float>> loadSubsamplesFromCache(const QString& originalFileName);
     static void removeSubsamplesFromCache(const QString& originalFileName);
     // Deletes every entry; nothing rebuilds them until an asset is loaded again.

@@ -1,6 +1,7 @@
 #include "project/model/AEEpisode.h"
 
 #include "foundation/Execution.h"
+#include "foundation/FileUtils.h"
 #include "foundation/Hallard.h"
 #include "foundation/Log.h"
 #include "foundation/Slowder.h"
@@ -28,7 +29,7 @@ AEEpisode::AEEpisode(const QString& episodeId, const QString& title, const QStri
       publicationDate(creationDate), timeline(AETimeLine::make(id)) {
     (void)registered;
     timelineDataPath = pathFolder + id + ".AETimeLine";
-    if (!imagePath.isEmpty()) image = QImage(imagePath);
+    if (fu_isRegularFile(imagePath)) image = QImage(imagePath);
 }
 
 void AEEpisode::encode(KeyedArchiver& coder) const {
@@ -116,7 +117,7 @@ void AEEpisode::forceLoadAssets() {
 }
 
 void AEEpisode::loadImage(const QString& path) {
-    image = QImage(path);
+    image = fu_isRegularFile(path) ? QImage(path) : QImage();
     modified();
 }
 

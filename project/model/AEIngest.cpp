@@ -7,7 +7,9 @@
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "foundation/StrUt.h"
+#include "recording/MediaCheck.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -71,19 +73,52 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const Q
         qxLog("NNN!!!");
         return std::nullopt;
     }
-    const QString name =
-        ingestedName(originalFilePath, knownMd5.isEmpty() ? hallard_fileMd5(originalFilePath) : knownMd5);
+    if (!fu_isRegularFile(originalFilePath)) {
+        qxLog("AEIngest.ingest: not a regular file, nothing copied");
+        return std::nullopt;
+    }
+    // One read both hashes and copies, into a pending file named once the digest is known. A file
+    // already in the ingest folder, or one whose digest is known, needs no copy made while hashing.
+    QString md5 = knownMd5;
+    QString pending;
+    if (md5.isEmpty() && !originalFilePath.contains(ingestPath)) {
+        pending = ingestPath + ".pending-" + hallard_getNewId() + ".part";
+        md5 = hallard_copyFileWithMd5(originalFilePath, pending);
+        if (md5.isEmpty()) pending.clear();
+    }
+    if (md5.isEmpty()) md5 = hallard_fileMd5(originalFilePath);
+    if (md5.isEmpty()) {
+        qxLog("AEIngest.ingest: cannot be read, nothing copied");
+        return std::nullopt;
+    }
+    const QString name = ingestedName(originalFilePath, md5);
     const QString suffix = name.mid(name.lastIndexOf("___"));
     qxLog("1");
     if (originalFilePath.contains(suffix)) {
         qxLog("2");
         if (originalFilePath.contains(ingestPath)) {
             qxLog("3");
+            if (!pending.isEmpty()) QFile::remove(pending);
             return originalFilePath;
         }
     }
-    fu_copyFile(originalFilePath, ingestPath + name); // a copy already there is fine
-    return ingestPath + name;
+    const QString target = ingestPath + name;
+    // A copy already there is fine (same content, same name); a copy that could not be made is none.
+    if (pending.isEmpty()) {
+        if (!fu_copyFile(originalFilePath, target) && !fu_fileExists(target)) return std::nullopt;
+    } else if (fu_fileExists(target) || !QFile::rename(pending, target)) {
+        QFile::remove(pending);
+        if (!fu_fileExists(target)) return std::nullopt;
+    }
+    return target;
+}
+
+std::optional<QString> AEIngest::ingestMedia(const QString& originalFilePath, const QString& knownMd5) {
+    if (const auto refusal = mediaRefusal(originalFilePath)) {
+        qxLog("AEIngest.ingestMedia: " + mediaRefusalText(originalFilePath, *refusal) + " Nothing copied.");
+        return std::nullopt;
+    }
+    return ingest(originalFilePath, knownMd5);
 }
 
 void AEIngest::asyncIngest(const QString& originalFilePath,
@@ -93,7 +128,7 @@ void AEIngest::asyncIngest(const QString& originalFilePath,
     if (originalFilePath.isEmpty()) return;
     qxLog("asyncIngest (originalFilePath: " + originalFilePath + ")");
     Queue::execute([originalFilePath, knownMd5, callback = std::move(callback)] {
-        const auto ingested = ingest(originalFilePath, knownMd5);
+        const auto ingested = ingestMedia(originalFilePath, knownMd5);
         if (callback) callback(originalFilePath, ingested);
     });
 }

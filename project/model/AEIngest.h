@@ -27,11 +27,16 @@ public:
     static bool isIngested(const QString& ingestedName);
     // The name a file with this content digest gets in the ingest folder.
     static QString ingestedName(const QString& originalFilePath, const QString& md5);
-    // Copies a file into the ingest folder as <safe name>___<8 hex>.<ext>; nothing when it is missing.
+    // Copies a file into the ingest folder as <safe name>___<8 hex>.<ext>; nothing when it is missing,
+    // not a regular file (never opened), unreadable, or the copy could not be made. Any content: images
+    // of shows and episodes come this way too.
     // knownMd5, when given, is the file's digest already taken, which spares a second full read.
     static std::optional<QString> ingest(const QString& originalFilePath,
                                          const QString& knownMd5 = QString());
-    // ingest on a background queue; the callback runs there, with the original path and the result.
+    // ingest for sound: nothing, and nothing copied, for a file the media check refuses (logged).
+    static std::optional<QString> ingestMedia(const QString& originalFilePath,
+                                              const QString& knownMd5 = QString());
+    // ingestMedia on a background queue; the callback runs there, with the original path and the result.
     static void asyncIngest(const QString& originalFilePath,
                             std::function<void(const QString&, const std::optional<QString>&)> callback,
                             const QString& knownMd5 = QString());

@@ -50,6 +50,7 @@ void AEShow::encode(KeyedArchiver& coder) const {
     for (const auto& asset : commonAssets)
         ids.append(asset->id);
     coder.encodeStringArray("assetIds", ids);
+    coder.encodeObject("recorderSettings", recorderSettings);
 }
 
 std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
@@ -68,13 +69,16 @@ std::shared_ptr<AEShow> AEShow::decode(KeyedUnarchiver& coder) {
     show->feed = coder.decodeString("feed").value_or("");
     // The ingested copy is read first but the cover always comes from the original file.
     show->imagePath = AEIngest::loadPath(coder.decodeString("ingestedImagePath").value_or(""));
-    if (!show->ingestedImagePath.isEmpty()) show->image = QImage(show->ingestedImagePath);
+    if (fu_isRegularFile(show->ingestedImagePath)) show->image = QImage(show->ingestedImagePath);
     show->imagePath = AEIngest::loadPath(coder.decodeString("imagePath").value_or(""));
-    if (!show->imagePath.isEmpty()) {
+    // A path from a file may name a pipe or a device: reading one would never end.
+    if (fu_isRegularFile(show->imagePath)) {
         show->image = QImage(show->imagePath);
         show->ingestedImagePath = AEIngest::ingest(show->imagePath).value_or("");
     }
     if (const auto suffix = coder.decodeString("notesSuffix")) show->notesSuffix = *suffix;
+    if (auto settings = coder.decodeObject<AudioRecorderSettings>("recorderSettings"))
+        show->recorderSettings = std::move(settings);
     return show;
 }
 

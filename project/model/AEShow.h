@@ -5,6 +5,7 @@
 // decodes on a background queue before the show is published.
 
 #include "foundation/KeyedArchive.h"
+#include "recording/AudioRecorderSettings.h"
 
 #include <QImage>
 #include <QString>
@@ -42,6 +43,8 @@ public:
     QImage image;
     std::vector<std::shared_ptr<AEAsset>> commonAssets;
     SortEpisodes sort;
+    // The recording choices of this show; never null.
+    std::shared_ptr<AudioRecorderSettings> recorderSettings = std::make_shared<AudioRecorderSettings>();
 
     static std::vector<std::shared_ptr<AEAsset>> totalAssetList;
 

@@ -75,10 +75,13 @@ void AESubsamples::generateAverage() {
 std::vector<float> AESubsamples::summaryOfFile(const QString& path, int samplesPerSecond) {
     const auto audio = ReadableAudio::open(path);
     if (!audio || samplesPerSecond <= 0) return {};
-    const int amount = audio->file().sampleRate() / samplesPerSecond;
-    if (amount <= 0) return {};
-    BlockMeans means(static_cast<size_t>(amount));
-    means.reserve(static_cast<size_t>(audio->file().plausibleFrames() / amount));
+    const int rate = audio->file().sampleRate();
+    if (rate < samplesPerSecond) return {};
+    // Blocks of rate / samplesPerSecond frames on average, fractional lengths accumulated, so value k
+    // stands for time k / samplesPerSecond at every rate (a whole-frame block drifts: 26 frames at
+    // 8 kHz would make 307.7 values a second).
+    BlockMeans means(static_cast<size_t>(rate), static_cast<size_t>(samplesPerSecond));
+    means.reserve(static_cast<size_t>(audio->file().plausibleFrames() * samplesPerSecond / rate));
     // Channel 0 straight out of the decoded pieces: the same float steps as scaling the whole array and
     // taking getAbs, without holding either.
     AUAudio::readSlices(audio->file(), AUAudio::kSliceFrames, AUAudio::kReadLabel, nullptr,

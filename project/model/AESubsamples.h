@@ -74,10 +74,11 @@ public:
     // under originalFilePath when asked, and the callback, which runs on that queue's thread.
     void generate(const QString& originalFilePath, const QString& ingestedFilePath, bool saveToCache = true,
                   Callback callback = {});
-    // The summary generate() computes for a file: block means of |channel 0 × 32767| in blocks of
-    // rate / samplesPerSecond frames. Read slice by slice, so only one slice is held at a time; the
-    // values equal ArrayUtils::downsample of the whole channel. Empty when unreadable or the rate is
-    // below samplesPerSecond.
+    // The summary generate() computes for a file: block means of |channel 0 × 32767|, value k over
+    // frames [⌊k × rate / samplesPerSecond⌋, ⌊(k+1) × rate / samplesPerSecond⌋), so the summary has
+    // exactly samplesPerSecond values a second at any rate (at a rate that is a multiple of it, the
+    // values equal ArrayUtils::downsample of the whole channel). Read slice by slice, so only one
+    // slice is held at a time. Empty when unreadable or the rate is below samplesPerSecond.
     static std::vector<float> summaryOfFile(const QString& path, int samplesPerSecond);
 
     bool saveToCache(const QString& originalFilePath) const;

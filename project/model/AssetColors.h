@@ -10,5 +10,10 @@ struct AssetColors {
     QColor background;
     QColor foreground;
 };
+// Hues of a palette told apart with red-green colour blindness; a dark fill under a light waveform,
+// legible on light and dark desktops alike.
 AssetColors getAssetColor(AEAssetType type, bool present);
+// Nearly grey, for items that do not sound.
+QColor getVeryDesaturatedColor(const QColor& color);
+QColor getDarkerColor(const QColor& color);
 } // namespace AEColors

@@ -7,6 +7,8 @@
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
 
+std::function<void(const std::shared_ptr<AEAsset>&)> assetDropBrightwash;
+
 namespace {
 std::shared_ptr<AEAsset> newSpeechAsset(const QString& path) {
     AEAsset::Args args;
@@ -28,17 +30,21 @@ std::vector<std::shared_ptr<AEAsset>> AEAssetIngestDone(const std::shared_ptr<AE
     std::vector<std::shared_ptr<AEAsset>> made;
     for (const auto& path : paths) {
         auto asset = newSpeechAsset(path);
+        if (!asset) continue;
         if (normalize) {
             asset->doAutoGain = true;
             asset->autoGain(true);
         }
-        if (brightwash) qxLog("AEAssetIngestDone: cleaning queue not available, " + path + " stays as it is");
         AEEpisode::appendAsset(episode->assets, asset);
         episode->assetsLoaded = true;
         AEEpisode::appendAsset(AEEpisodeAssetListVCGlobal, asset);
+        if (brightwash && assetDropBrightwash)
+            assetDropBrightwash(asset);
+        else if (brightwash)
+            qxLog("AEAssetIngestDone: no cleaning available, " + path + " stays as it is");
         made.push_back(asset);
     }
-    saveShow();
+    if (!made.empty()) saveShow();
     return made;
 }
 
@@ -46,10 +52,11 @@ std::vector<std::shared_ptr<AEAsset>> ingestCommonAssets(const QStringList& path
     std::vector<std::shared_ptr<AEAsset>> made;
     for (const auto& path : paths) {
         auto asset = newSpeechAsset(path);
+        if (!asset) continue;
         AEAssetListVCGlobal.push_back(asset);
         if (zendrelShow) zendrelShow->commonAssets.push_back(asset);
         made.push_back(asset);
     }
-    saveShow();
+    if (!made.empty()) saveShow();
     return made;
 }

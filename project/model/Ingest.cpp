@@ -35,7 +35,7 @@ IngestCheckResult Ingest::check(const QString& original, const QString& copy, bo
         }
     } else if (originalThere && !copyThere) {
         if (forceIngest) {
-            result.ingestedPath = AEIngest::ingest(original);
+            result.ingestedPath = AEIngest::ingestMedia(original);
             if (result.ingestedPath) {
                 fu_copyFile(original, *result.ingestedPath); // no-op when ingest made it
                 if (fu_fileExists(*result.ingestedPath))

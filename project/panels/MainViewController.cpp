@@ -9,6 +9,7 @@
 #include "project/panels/EpisodeListModel.h"
 #include "project/panels/NewEpisodeViewController.h"
 #include "ui/IHImages.h"
+#include "ui/LoadingWindow.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -90,6 +91,8 @@ MainViewController::MainViewController(QWidget* parent)
     connect(sortByPublished_, &QToolButton::clicked, this, &MainViewController::sortByPublished_pushed);
     connect(cell_, &AEEpisodeCell::removePressed, this, &MainViewController::removeButton_pressed);
     connect(cell_, &AEEpisodeCell::infoPressed, this, &MainViewController::infoButton_pressed);
+    // One click opens (the row's own buttons take their clicks first); Enter too.
+    connect(list_, &QListView::clicked, this, [this](const QModelIndex& index) { clicOnTable(index.row()); });
     connect(list_, &QListView::activated, this,
             [this](const QModelIndex& index) { clicOnTable(index.row()); });
 
@@ -265,5 +268,34 @@ void MainViewController::clicOnTable(int row) {
 }
 
 void MainViewController::open(const std::shared_ptr<AEEpisode>& episode) {
-    if (episode) qxLog("MainViewController.open: " + episode->episodeId + " " + episode->id);
+    if (!episode || !zendrelShow) return;
+    // A second click while a timeline is open (or opening) does nothing.
+    if (TimelineWindowStatus != AEWindowStatus::closed) return;
+    qxLog("MainViewController.open: " + episode->episodeId + " " + episode->id);
+    const auto& episodes = zendrelShow->episodes;
+    const auto found = std::find(episodes.begin(), episodes.end(), episode);
+    AEEpisodeSelected = episode;
+    AEEpisodeSelectedId =
+        found == episodes.end() ? std::optional<int>(0) : std::optional<int>(int(found - episodes.begin()));
+    AEEpisodeAssetListVCGlobal = episode->assets;
+    TimelineWindowStatus = AEWindowStatus::yetOpen;
+    stopTimer();
+    auto loading = std::make_shared<std::shared_ptr<LoadingWindow>>();
+    *loading = LoadingWindow::make(
+        "Loading", "Loading " + episode->episodeId, "Please wait just a little...",
+        [self = QPointer<MainViewController>(this), episode, loading] {
+            if (episode->assets.empty()) episode->forceLoadAssets();
+            episode->checkAssets();
+            AEAssetListVCGlobal = zendrelShow ? zendrelShow->commonAssets : AEAssetListVCGlobal;
+            AEEpisodeAssetListVCGlobal = episode->assets;
+            if (self && self->timelineOpener) {
+                self->timelineOpener(episode);
+            } else {
+                TimelineWindowStatus = AEWindowStatus::closed;
+                if (self) self->startTimer();
+            }
+            if (*loading) (*loading)->dismiss();
+            loading->reset();
+        },
+        "Zendrel_rolling_v2_");
 }

@@ -8,6 +8,7 @@
 #include "project/model/Globals.h"
 
 #include <QWidget>
+#include <functional>
 #include <memory>
 
 class AEEpisode;
@@ -45,6 +46,10 @@ public:
     void infoButton_pressed(int row);
     void clicOnTable(int row);
     void open(const std::shared_ptr<AEEpisode>& episode);
+
+    // Puts the timeline window of the episode in place of the list; set by the application, which owns
+    // the window. Runs once the episode's assets are loaded and checked.
+    std::function<void(const std::shared_ptr<AEEpisode>&)> timelineOpener;
 
     QListView* tableView_episodeList() const { return list_; }
     EpisodeListModel* model() const { return model_; }

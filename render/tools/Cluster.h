@@ -4,4 +4,6 @@
 struct cluster {
     double inPoint = 0.0;  // seconds from the start of the source
     double endPoint = 0.0; // seconds from the start of the source
+
+    double duration() const { return endPoint - inPoint; }
 };

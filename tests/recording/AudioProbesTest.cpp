@@ -176,3 +176,14 @@ TEST(AudioProbeText, FrequencyChannelsAndSampleNumbers) {
     EXPECT_EQ(aUt_timeToSampleN(1.5, 44100), 66150);
     EXPECT_EQ(aUt_timeToSampleN(0.99999, 100), 99); // truncated, not rounded
 }
+
+// Facts are remembered per version of a file: rewritten in place, it is probed afresh.
+TEST(AudioProbeMemory, AFileRewrittenInPlaceIsProbedAgain) {
+    TestAudio make;
+    const QString file = make.sine("rewritten.wav", 8000, 1, 16, 1.0);
+    EXPECT_EQ(aUt_getAudioFrequency(file), 8000);
+    ASSERT_TRUE(QFile::remove(file));
+    ASSERT_EQ(make.sine("rewritten.wav", 48000, 2, 16, 2.0), file);
+    EXPECT_EQ(aUt_getAudioFrequency(file), 48000);
+    EXPECT_EQ(aUt_getAudioNChannels(file), 2);
+}

@@ -222,4 +222,25 @@ std::vector<float> PulseNullSink::record(const QByteArray& sink, int ms) const {
     return samples;
 }
 
+std::unique_ptr<PulseNullSink>& sharedPulseNullSink() {
+    static std::unique_ptr<PulseNullSink> server;
+    return server;
+}
+
+int PulseNullSink::addSource(const QByteArray& source, const QByteArray& sink) const {
+    if (!available_) return -1;
+    bool ok = false;
+    const QByteArray index =
+        pactl({"load-module", "module-remap-source", "master=" + QString::fromUtf8(sink) + ".monitor",
+               "source_name=" + QString::fromUtf8(source)},
+              kStartTimeoutMs, &ok);
+    return ok ? index.trimmed().toInt() : -1;
+}
+
+bool PulseNullSink::unloadModule(int index) const {
+    bool ok = false;
+    pactl({"unload-module", QString::number(index)}, kStopTimeoutMs, &ok);
+    return ok;
+}
+
 } // namespace testenv

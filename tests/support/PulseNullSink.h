@@ -43,6 +43,11 @@ public:
     // when the recorder fails.
     std::vector<float> record(const QByteArray& sink, int ms) const;
 
+    // An input named `source` that hears what `sink` plays; its module index, or -1.
+    int addSource(const QByteArray& source, const QByteArray& sink) const;
+    // Takes a module out, as unplugging takes a device away.
+    bool unloadModule(int index) const;
+
 private:
     std::unique_ptr<QProcess> process(const QString& program, const QStringList& arguments) const;
     // Its output; *ok when it ran and succeeded.
@@ -61,5 +66,10 @@ private:
     // Low-latency readers of the monitors, which keep the sinks rendering in small blocks.
     std::vector<std::unique_ptr<QProcess>> listeners_;
 };
+
+// The server of the whole test process. Qt Multimedia gives up on a lost server once a retry finds
+// none, so the server is not stopped between suites: each suite takes the one running, and starts
+// one only when there is none.
+std::unique_ptr<PulseNullSink>& sharedPulseNullSink();
 
 } // namespace testenv

@@ -7,6 +7,7 @@
 #include "timeline/model/AEKeyframeView.h"
 #include "timeline/model/AELane.h"
 #include "timeline/model/AETimeLineItem.h"
+#include "timeline/model/DragAreaView.h"
 #include "timeline/model/SimpleRound.h"
 #include "timeline/model/VirtualScroller.h"
 
@@ -39,6 +40,7 @@ std::shared_ptr<AETimeLine> AETimeLine::make(const QString& id, Items mainLane, 
     tl->mainLane = std::move(mainLane);
     tl->attachedItems = std::move(attachedItems);
     tl->drag = std::make_shared<AEDrag>();
+    tl->dragAreaView = std::make_shared<DragAreaView>();
     std::lock_guard lock(tlListMutex);
     std::erase_if(constructed, [](const auto& weak) { return weak.expired(); });
     constructed.push_back(tl);
@@ -167,6 +169,9 @@ std::shared_ptr<AETimeLine> AETimeLine::duplicate() const {
     copy->markerInspectorPresenter = markerInspectorPresenter;
     copy->markerListUpdater = markerListUpdater;
     copy->deltaOrigin = deltaOrigin;
+    copy->editorMode = editorMode;
+    copy->cursorCallback = cursorCallback;
+    copy->showVolumeKFs = showVolumeKFs;
     copy->timelineEditor = timelineEditor;
     copy->currentViewRange = currentViewRange.duplicate();
     copy->currentPHTime = currentPHTime;
@@ -194,6 +199,7 @@ std::shared_ptr<AETimeLine> AETimeLine::detachedDuplicate() const {
     copy->drawDelegate = nullptr;
     copy->markerInspectorPresenter = nullptr;
     copy->markerListUpdater = nullptr;
+    copy->cursorCallback = nullptr;
     for (const Items* items : {&copy->mainLane, &copy->attachedItems})
         for (const auto& item : *items)
             if (item->kfView) item->kfView->keyframeDragDelegate = nullptr;

@@ -13,6 +13,7 @@
 #include "timeline/model/AETimeRange.h"
 
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <functional>
 #include <memory>
@@ -24,11 +25,14 @@ class AEDrag;
 class AEKeyframe;
 class AEKeyframeDrag;
 class AELane;
+class DragAreaView;
 class AETimeLineItem;
 class QXTimer;
 class VirtualScroller;
 
 enum class AETimelineEditor { normal, asset };
+// What a press on the lanes does.
+enum class AEEditorMode { normal = 0, blade = 1, drag = 2, multiCut = 3 };
 // How the marker inspector was closed ("remove" is its delete button).
 enum class AEMarkerVCDoneAction { ok, cancel, remove, deleteSelection };
 
@@ -56,6 +60,10 @@ public:
     static QString persistPath(const QString& path, const QString& customId);
     bool save(const QString& path) const;
     static std::shared_ptr<AETimeLine> load(const QString& path);
+    // What breaks the model's invariants (gapless main lane on lane 0, attached items on their own
+    // lanes without overlaps and with a length, music ending after it starts, no item listed twice);
+    // nothing when they hold. The decoder refuses a file that still breaks them after its repairs.
+    std::optional<QString> invariantFault() const;
 
     // Document.
     QString id;
@@ -111,6 +119,16 @@ public:
     AEKeyframeDrag* keyframeDragDelegate = nullptr; // not owned
     AETriangleDelegate* triangleDelegate = nullptr; // not owned
     Item draggingAttachedItem;
+    // The volume envelopes are drawn and take the mouse; the window keeps it in step with the preference.
+    bool showVolumeKFs = true;
+    // Where the attached-item drag last was, in lane space.
+    QPointF draggingAttachedLocation;
+    AEEditorMode editorMode = AEEditorMode::normal;
+    std::shared_ptr<DragAreaView> dragAreaView;
+    // Names the pointer's look: "blade", "leftDrag", "rightDrag", "drag", or empty for the arrow.
+    std::function<void(const QString&)> cursorCallback;
+    // The range rectangle dragIdle marks, in lane space; none while no range shows.
+    std::optional<QRectF> dragRangeRect;
     std::shared_ptr<AEKeyframe> draggingVolumeKF;
     Item draggingVolumeItem;
 
@@ -212,6 +230,9 @@ public:
     void paste(double at);
     void cut();
     void newVolumeKeyframe(std::optional<double> t, int64_t lane, bool doUndoCallback = true);
+    // A dip of the envelope's own shape (duckPrefs) over the selected range of the item under it,
+    // when the range lies in one item. Its points are not flagged, so automatic ducking keeps them.
+    void autoDuckSelection(bool doUndoCallback = true);
 
     // Markers.
     std::vector<std::shared_ptr<AEMarker>> getMarkerList() const;
@@ -225,6 +246,30 @@ public:
     void markerInspectorOk(const std::shared_ptr<AEMarker>& marker);
     void markerInspectorDelete(const std::shared_ptr<AEMarker>& marker);
     void updateMarkerListWindow();
+
+    // Mouse and keys (locations in the view's own coordinates, y upwards).
+    // Lanes are laid out from this far above the bottom of the view.
+    static constexpr double kLanesTop = 72.0;
+    QPointF toLaneSpace(const AEMouseEvent& event) const;
+    void mouseMoved(const AEMouseEvent& event);
+    void mouseExited();
+    void mouseDown(const AEMouseEvent& event);
+    void mouseDrag(const AEMouseEvent& event);
+    void mouseUp(const AEMouseEvent& event);
+    bool kfMouseDown(const AEMouseEvent& event);
+    Item getItemAtMouseEvent(const AEMouseEvent& event) const;
+    void dragIdle();
+    void setEditingMode(AEEditorMode mode);
+    void setEditModeNormal() { setEditingMode(AEEditorMode::normal); }
+    void setEditModeBlade() { setEditingMode(AEEditorMode::blade); }
+    void setEditModeDrag() { setEditingMode(AEEditorMode::drag); }
+    void setEditModeMultiCut() { setEditingMode(AEEditorMode::multiCut); }
+    // Whether the key was taken; others go back to the window.
+    bool handleKeydown(int key);
+    void checkClicOnMarkers(const AEMouseEvent& event);
+    // The visible part of an item in lane space; a range in asset time narrows it.
+    QRectF getItemRect(const Item& item, const std::optional<AETimeRange>& assetRange = std::nullopt);
+    static QRectF getMarkerRect(const QRectF& viewRect, double x, AEMarkerType type);
 
     // Viewport and coordinates.
     void setView(double viewportWidth, double viewportHeight, QPointF deltaOrigin, bool fromUndo = false,
@@ -288,6 +333,8 @@ public:
 private:
     AETimeLine() = default;
     void callUndo(bool doUndoCallback) const;
+    // The edge handles of an item at least 40 pixels wide, for the next drags.
+    void addDragHandles(const Item& item);
     // Keeps the scroller where it is during a change of the lanes.
     void keepViewport();
     void pauseItems();

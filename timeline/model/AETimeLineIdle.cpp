@@ -8,6 +8,7 @@
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/model/AETimeLineLanesHelper.h"
+#include "timeline/model/DragAreaView.h"
 #include "timeline/model/VirtualScroller.h"
 
 #include <QDateTime>
@@ -88,10 +89,15 @@ void AETimeLine::draw() {
     mustDraw = false;
     QElapsedTimer clock;
     clock.start();
-    if (drawDelegate) drawDelegate();
+    // Each item adds its handles again, at its new place.
+    dragAreaView->dragAreas.clear();
+    for (const auto& item : getCollectedItems())
+        addDragHandles(item);
     if (view && view->ruler && virtualScroller)
         view->ruler->setRange(AETimeRange(virtualScroller->visibleRange.i, virtualScroller->visibleRange.o));
+    if (drawDelegate) drawDelegate();
     drawActiveCut();
+    dragIdle();
     drawing = false;
     drawTime = static_cast<double>(clock.nsecsElapsed()) / 1e9;
     lastLength = currentViewRange.duration();

@@ -4,20 +4,36 @@
 #include "foundation/Log.h"
 #include "playback/RPlayer.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDucking.h"
 #include "project/model/AEBGMSettings.h"
+#include "timeline/model/AEDucking.h"
 #include "timeline/model/AEKeyframeList.h"
 #include "timeline/model/AEKeyframeView.h"
+#include "timeline/model/DragAreaView.h"
 #include "timeline/model/SimpleRound.h"
 
+#include <QPainter>
 #include <algorithm>
 
 std::shared_ptr<AEKeyframeViewSetup> AETimeLineItem::kfSetup = std::make_shared<AEKeyframeViewSetup>();
 
 namespace {
 
-std::optional<QImage> resourceImage(const QString& name) {
+// A round mark of 10 pixels, for a build whose resources carry no keyframe images.
+QImage drawnMark(const QColor& fill) {
+    QImage image(10, 10, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    painter.setPen(QPen(QColor(20, 20, 20), 1.5));
+    painter.setBrush(fill);
+    painter.drawEllipse(QRectF(1, 1, 8, 8));
+    return image;
+}
+
+std::optional<QImage> resourceImage(const QString& name, const QColor& fallback) {
     QImage image(":/images/" + name + ".png");
-    if (image.isNull()) return std::nullopt;
+    if (image.isNull()) return drawnMark(fallback);
     return image;
 }
 
@@ -74,12 +90,16 @@ void AETimeLineItem::bindKeyframeView() {
 }
 
 void AETimeLineItem::startup() {
-    kfSetup->kfImage = resourceImage("volumeKeyframe (0-00-00-00)");
-    kfSetup->kfSelectedImage = resourceImage("volumeKeyframeSelected (0-00-00-00)");
-    kfSetup->kfMouseSelectedImage = resourceImage("volumeKeyframeSelected (0-00-00-00)");
-    kfSetup->kfFlag0SelectedImage = resourceImage("volumeKeyframeDucking");
-    kfSetup->kfFlag1SelectedImage = resourceImage("volumeKeyframeDucking");
-    kfSetup->lineColor = Qt::black;
+    const QColor plain(0xf5, 0xf5, 0xf5);
+    const QColor selected(0xff, 0x8c, 0x1a);
+    const QColor ducking(0x56, 0xb4, 0xe9);
+    kfSetup->kfImage = resourceImage("volumeKeyframe (0-00-00-00)", plain);
+    kfSetup->kfSelectedImage = resourceImage("volumeKeyframeSelected (0-00-00-00)", selected);
+    kfSetup->kfMouseSelectedImage = resourceImage("volumeKeyframeSelected (0-00-00-00)", selected);
+    kfSetup->kfFlag0SelectedImage = resourceImage("volumeKeyframeDucking", ducking);
+    kfSetup->kfFlag1SelectedImage = resourceImage("volumeKeyframeDucking", ducking);
+    // Over the dark fill of the lanes.
+    kfSetup->lineColor = QColor(0xf5, 0xf5, 0xf5, 0xd0);
 }
 
 bool AETimeLineItem::isBGM() const {
@@ -179,6 +199,13 @@ void AETimeLineItem::deleteMarker(const AEMarker& marker) {
     if (auto found = std::find_if(own.begin(), own.end(), sameId); found != own.end()) own.erase(found);
 }
 
+std::optional<QXOnOffList> AETimeLineItem::getOnOffClusters() const {
+    if (!asset || !asset->assetDucking) return std::nullopt;
+    const auto analysis = asset->assetDucking->duckingClusters();
+    if (!analysis) return std::nullopt;
+    return AEDucking::clustersInTimeline(*analysis, inTime, range);
+}
+
 void AETimeLineItem::setFadeOutKFs() {
     if (!isBGM()) return;
     const double end = globalTimeToAssetTime(bgmOutTime);
@@ -193,4 +220,23 @@ void AETimeLineItem::removeFadeOutKFs() {
     // Fade points once lived in the envelope itself, flagged.
     if (kfView && kfView->keyframes) kfView->keyframes->removeByFlag(0);
     fadeOutKFS.reset();
+}
+
+void AETimeLineItem::dragIn(DragAction action, QPointF delta) {
+    if (action == DragAction::started) {
+        dragging = AETimeLineDraggingType::leftBorder;
+        return;
+    }
+    range.i = simpleRound(std::clamp(range.i + delta.x(), 0.0, range.o));
+    if (action == DragAction::ended) dragging = AETimeLineDraggingType::none;
+}
+
+void AETimeLineItem::dragOut(DragAction action, QPointF delta) {
+    if (action == DragAction::started) {
+        dragging = AETimeLineDraggingType::rightBorder;
+        return;
+    }
+    const double end = asset ? asset->duration : range.o;
+    range.o = simpleRound(std::clamp(range.o + delta.x(), range.i, std::max(range.i, end)));
+    if (action == DragAction::ended) dragging = AETimeLineDraggingType::none;
 }

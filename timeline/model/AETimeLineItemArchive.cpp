@@ -89,8 +89,9 @@ std::shared_ptr<AETimeLineItem> AETimeLineItem::decode(KeyedUnarchiver& coder) {
     const auto volumeKFs = coder.decodeObject<AEKeyframeList>("volumeKFs");
     if (volumeKFs) item->volumeKFs = volumeKFs;
     item->fadeOutKFS = coder.decodeObject<AEKeyframeList>("fadeOutKFS");
-    item->active = coder.containsKey("active") ? coder.decodeBool("active") : std::optional<bool>(true);
-    item->solo = coder.containsKey("solo") ? coder.decodeBool("solo") : std::optional<bool>(false);
+    // A flag of another kind is no flag: it takes its default, which the next save writes.
+    item->active = coder.decodeBool("active").value_or(true);
+    item->solo = coder.decodeBool("solo").value_or(false);
     item->ducked = coder.decodeBool("ducked").value_or(false);
     // The editor shows the list that was read (it sorts it, as a file may hold any order).
     item->attachKeyframeView();

@@ -96,12 +96,13 @@ void expectCleanTone(const std::vector<float>& recording, int channel, double pe
 class DeviceOutputTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { startServer(); }
-    static void TearDownTestSuite() { server_.reset(); }
+    // The server stays for the suites after this one.
+    static void TearDownTestSuite() {}
 
     // Qt keeps the server it met first, and after losing one looks again only every 3 s: wait until
     // it plays through this one.
     static void startServer() {
-        server_ = std::make_unique<PulseNullSink>();
+        if (!server_ || !server_->available()) server_ = std::make_unique<PulseNullSink>();
         reachable_ = false;
         if (!server_->available()) return;
         QElapsedTimer waited;
@@ -132,7 +133,7 @@ protected:
         return out;
     }
 
-    static inline std::unique_ptr<PulseNullSink> server_;
+    static inline std::unique_ptr<PulseNullSink>& server_ = testenv::sharedPulseNullSink();
     static inline bool reachable_ = false;
 };
 

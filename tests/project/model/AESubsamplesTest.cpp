@@ -51,13 +51,23 @@ struct ScriptedMeter : AERecordingMeter {
 
 } // namespace
 
-TEST_F(AESubsamplesTest, At22050HzBlocksAre73FramesAndTheSummaryIsTheWholeFileReduction) {
-    const QString file = make.sine("tone.wav", 22050, 1, 16, 2.0);
-    auto s = std::make_shared<AESubsamples>();
-    ASSERT_TRUE(generateAndWait(s, file, ""));
-    EXPECT_TRUE(s->loaded);
-    EXPECT_EQ(s->samples()->size(), 44100u / 73u);
-    EXPECT_EQ(*s->samples(), reference(file, 73));
+// Value k stands for time k / 300 s at every rate, whole-frame blocks or not: a tone that starts after
+// 6 s of silence shows at value 1800, and 10 s of audio give 3000 values.
+TEST_F(AESubsamplesTest, ThreeHundredValuesASecondAtEveryRate) {
+    for (int rate : {8000, 11025, 22050, 32000, 44100, 48000, 96000}) {
+        SCOPED_TRACE(rate);
+        const QString name = QString("onset%1.wav").arg(rate);
+        const QString file = make.run("sox",
+                                      {"-n", "-r", QString::number(rate), "-c", "1", "-b", "16",
+                                       make.path(name), "synth", "4", "sine", "440", "pad", "6", "0"},
+                                      name);
+        ASSERT_FALSE(file.isEmpty());
+        ASSERT_DOUBLE_EQ(aUt_getAudioDuration(file), 10.0);
+        const auto summary = AESubsamples::summaryOfFile(file, kAESubsamplesPerSecond);
+        EXPECT_EQ(summary.size(), 3000u);
+        const auto onset = std::find_if(summary.begin(), summary.end(), [](float v) { return v > 1000.0f; });
+        EXPECT_NEAR(static_cast<double>(onset - summary.begin()), 1800.0, 1.0);
+    }
 }
 
 // More than one read slice, one to three channels: no seam at slice or piece boundaries, no channel mix-up.
@@ -160,12 +170,22 @@ TEST_F(AESubsamplesTest, GeneratedSummaryGoesToTheCacheAndComesBackWithoutReadin
     EXPECT_TRUE(AECache::loadSubsamplesFromCache(file).has_value());
 }
 
-TEST_F(AESubsamplesTest, UnreadableAudioGivesAnEmptyLoadedSummary) {
+// Nothing is cached for a file that cannot be read, so audio written there later gets its own summary.
+TEST_F(AESubsamplesTest, UnreadableAudioGivesAnEmptyLoadedSummaryThatIsNotCached) {
+    const QString file = make.bytes("later.wav", "not audio");
     auto s = std::make_shared<AESubsamples>();
-    ASSERT_TRUE(generateAndWait(s, make.bytes("text.wav", "not audio"), make.path("missing.wav"), false));
+    ASSERT_TRUE(generateAndWait(s, file, make.path("missing.wav")));
     EXPECT_TRUE(s->loaded);
     EXPECT_TRUE(s->samples()->empty());
     EXPECT_EQ(s->average, 0.0f);
+
+    ASSERT_TRUE(QFile::remove(file));
+    ASSERT_EQ(make.sine("later.wav", 48000, 1, 16, 1.0), file);
+    auto again = std::make_shared<AESubsamples>();
+    std::atomic<bool> done{false};
+    again->loadFromCache(true, file, "", [&] { done = true; });
+    ASSERT_TRUE(waitUntil([&] { return done.load(); }, 20000));
+    EXPECT_EQ(again->samples()->size(), 300u);
 }
 
 // Drawing reads while the queue writes; run under the sanitizers this catches a torn or freed array.

@@ -10,6 +10,26 @@
 
 namespace {
 
+QByteArray tenthOfASecond() {
+    QByteArray b;
+    const auto u32 = [&b](quint32 v) { b.append(reinterpret_cast<const char*>(&v), 4); };
+    const auto u16 = [&b](quint16 v) { b.append(reinterpret_cast<const char*>(&v), 2); };
+    b.append("RIFF");
+    u32(36 + 1600);
+    b.append("WAVEfmt ");
+    u32(16);
+    u16(1);
+    u16(1);
+    u32(8000);
+    u32(16000);
+    u16(2);
+    u16(16);
+    b.append("data");
+    u32(1600);
+    b.append(QByteArray(1600, '\0'));
+    return b;
+}
+
 class IngestCheck : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -20,7 +40,8 @@ protected:
     }
     void TearDown() override { setUserInteraction(nullptr); }
 
-    QString makeFile(const QString& name, const QByteArray& content = "RIFF....WAVE") {
+    // By default a real WAV (a tenth of a second of 8 kHz silence): sound files are checked for sound.
+    QString makeFile(const QString& name, const QByteArray& content = tenthOfASecond()) {
         const QString path = dir.path() + "/" + name;
         QFile f(path);
         EXPECT_TRUE(f.open(QIODevice::WriteOnly));

@@ -558,3 +558,139 @@ TEST_F(AETimeLineArchive, ALaneNumberNoLayoutCouldReachRejectsTheItem) {
     ASSERT_EQ(back->attachedItems.size(), 1u);
     EXPECT_LT(back->attachedItems[0]->lane, 0);
 }
+
+namespace {
+
+// The index of the root's object array `key` in the file, as references.
+QJsonArray rootList(const QJsonArray& objects, const QString& key) {
+    return keysAt(objects, 0)[key].toObject()["array"].toArray();
+}
+
+void setRootList(QJsonArray& objects, const QString& key, const QJsonArray& refs) {
+    QJsonObject keys = keysAt(objects, 0);
+    keys[key] = QJsonObject{{"array", refs}};
+    setKeysAt(objects, 0, keys);
+}
+
+QJsonObject refTo(const QJsonArray& objects, const QString& itemId) {
+    return QJsonObject{{"object", itemIndex(objects, itemId)}};
+}
+
+} // namespace
+
+// Damaged files load whole and valid, and what they load survives the next save and load unchanged.
+class AETimeLineDamage : public AETimeLineArchive {
+protected:
+    // Loads, checks, saves, loads again and checks the same; returns the second load.
+    std::shared_ptr<AETimeLine> loadTwice(const QString& file,
+                                          const std::function<void(AETimeLine&)>& expectations) {
+        auto first = AETimeLine::load(file);
+        EXPECT_TRUE(first);
+        if (!first) return nullptr;
+        expectInvariants(*first);
+        expectations(*first);
+        EXPECT_TRUE(first->save(file));
+        auto second = AETimeLine::load(file);
+        EXPECT_TRUE(second);
+        if (!second) return nullptr;
+        expectInvariants(*second);
+        expectations(*second);
+        EXPECT_EQ(documentForm(*second), documentForm(*first));
+        return second;
+    }
+};
+
+TEST_F(AETimeLineDamage, AnItemListedTwiceGetsACopyForItsSecondPlace) {
+    const QString file = threeClips("twice");
+    editObjects(file, [](QJsonArray& objects) {
+        setRootList(objects, "mainLane",
+                    {refTo(objects, "m0"), refTo(objects, "m1"), refTo(objects, "m1"), refTo(objects, "m2")});
+        QJsonArray attached = rootList(objects, "attachedItems");
+        attached.append(refTo(objects, "m0"));
+        setRootList(objects, "attachedItems", attached);
+    });
+    auto back = loadTwice(file, [](AETimeLine& tl) {
+        ASSERT_EQ(tl.mainLane.size(), 4u);
+        EXPECT_EQ(tl.mainLane[1]->id, "m1");
+        EXPECT_NE(tl.mainLane[2]->id, "m1") << "the copy has an id of its own";
+        EXPECT_EQ(tl.mainLane[3]->inTime, 50.0) << "the main lane plays m1 twice, as the file says";
+        ASSERT_EQ(tl.attachedItems.size(), 2u);
+        EXPECT_GT(tl.attachedItems[1]->lane, 0);
+    });
+    ASSERT_TRUE(back);
+    // An edit of the main lane leaves every item where it belongs.
+    back->removeItemInMainLane(0, false);
+    expectInvariants(*back);
+}
+
+TEST_F(AETimeLineDamage, AnAttachedItemWithoutALaneIsPlacedByTheLaneRules) {
+    const QString file = threeClips("noLane");
+    const auto music = tlfixture::music("arch.noLane.bgm", 60);
+    AEAssetDB::saveAsset(music);
+    {
+        auto tl = AETimeLine::load(file);
+        ASSERT_TRUE(tl);
+        tl->attachItem(music, -1, 1.0, std::nullopt, false, false)->id = "bed";
+        ASSERT_TRUE(tl->save(file));
+    }
+    editItem(file, "a1", [](QJsonObject& k) { k.remove("lane"); });
+    editItem(file, "bed", [](QJsonObject& k) { k["lane"] = QJsonObject{{"int", 0}}; });
+    loadTwice(file, [](AETimeLine& tl) {
+        ASSERT_EQ(idsOf(tl.attachedItems), QStringList({"a1", "bed"}));
+        EXPECT_EQ(tl.attachedItems[0]->lane, 1) << "effects above the main lane";
+        EXPECT_EQ(tl.attachedItems[1]->lane, -1) << "music below it";
+    });
+}
+
+TEST_F(AETimeLineDamage, AFlagOfTheWrongKindTakesItsDefaultAndIsSavedAsSuch) {
+    const QString file = threeClips("flagKind");
+    editItem(file, "m1", [](QJsonObject& k) {
+        k["active"] = QJsonObject{{"int", 0}};
+        k["solo"] = QJsonObject{{"string", "yes"}};
+    });
+    loadTwice(file, [](AETimeLine& tl) {
+        ASSERT_EQ(tl.mainLane.size(), 3u);
+        EXPECT_EQ(tl.mainLane[1]->active, true);
+        EXPECT_EQ(tl.mainLane[1]->solo, false);
+    });
+    QFile saved(file);
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    const QJsonArray objects = QJsonDocument::fromJson(saved.readAll()).object()["objects"].toArray();
+    EXPECT_EQ(keysAt(objects, itemIndex(objects, "m1"))["active"].toObject()["bool"], QJsonValue(true));
+}
+
+TEST_F(AETimeLineDamage, MusicLeftBeyondTheMainLaneIsDroppedWithALogLine) {
+    const QString file = threeClips("bgmBeyond");
+    {
+        auto tl = AETimeLine::load(file);
+        ASSERT_TRUE(tl);
+        const auto music = tlfixture::music("arch.bgmBeyond.bed", 60);
+        AEAssetDB::saveAsset(music);
+        tl->attachItem(music, -1, 30.0, std::nullopt, false, false)->id = "bed";
+        ASSERT_TRUE(tl->save(file));
+    }
+    // m1 and m2 cannot be read: the main lane ends at 10 s, before the music starts.
+    for (const char* id : {"m1", "m2"})
+        editItem(file, id, [](QJsonObject& k) { k.remove("range"); });
+    loadTwice(file, [](AETimeLine& tl) {
+        EXPECT_EQ(idsOf(tl.mainLane), QStringList({"m0"}));
+        EXPECT_EQ(idsOf(tl.attachedItems), QStringList({"a1"}));
+    });
+    EXPECT_EQ(logged("AETimeLine.decode: music bed ends before it starts; left out"), 1);
+}
+
+TEST_F(AETimeLineDamage, AFileThatStillBreaksTheRulesIsRefusedWithAMessage) {
+    const QString file = threeClips("overlapSameId");
+    // Two objects with one id on one lane: the lane rules cannot tell them apart, so cannot part them.
+    editObjects(file, [](QJsonArray& objects) {
+        QJsonObject twin = objects[itemIndex(objects, "a1")].toObject();
+        objects.append(twin);
+        QJsonArray attached = rootList(objects, "attachedItems");
+        attached.append(QJsonObject{{"object", static_cast<int>(objects.size()) - 1}});
+        setRootList(objects, "attachedItems", attached);
+    });
+    EXPECT_FALSE(AETimeLine::load(file));
+    ASSERT_EQ(alerts().size(), 1);
+    EXPECT_TRUE(alerts()[0].contains("is damaged (items overlap on lane 1) and was not opened"))
+        << alerts()[0].toStdString();
+}

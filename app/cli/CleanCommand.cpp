@@ -1,0 +1,140 @@
+#include "app/cli/CleanCommand.h"
+
+#include "app/cli/CommandLine.h"
+#include "cleaning/Brightwash.h"
+#include "foundation/Execution.h"
+#include "foundation/Interaction.h"
+#include "foundation/Prog.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QTextStream>
+#include <QThread>
+#include <atomic>
+#include <memory>
+#include <optional>
+
+namespace {
+
+QTextStream& out() {
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+std::optional<BrightwashSetting> settingsFrom(const QString& path, QString& why) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        why = file.errorString();
+        return std::nullopt;
+    }
+    auto settings = BrightwashSetting::decodeString(QString::fromUtf8(file.readAll()));
+    if (!settings) why = "not a cleaning settings JSON";
+    return settings;
+}
+
+// Phase, subphase and total on one terminal line, rewritten in place.
+class TerminalProgress {
+public:
+    explicit TerminalProgress(const QString& name) : name_(name) {}
+
+    void show(const ProgState& state) {
+        const QString line = QString("%1: %2 %3 %4%")
+                                 .arg(name_, state.phaseTitle, state.subPhaseTitle)
+                                 .arg(int(state.getTotalPercentage() * 100.0));
+        if (line == last_) return;
+        last_ = line;
+        out() << "\r\033[K" << line << Qt::flush;
+    }
+
+private:
+    QString name_;
+    QString last_;
+};
+
+// The run on the pool; this thread keeps the event loop turning (the progress refresh lives on it) and
+// prints.
+QString cleanOne(const QString& file, const BrightwashSetting& settings, QString& delivered) {
+    const QString path = QFileInfo(file).absoluteFilePath();
+    auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
+    auto run = Brightwash::make(path, settings, prog, {});
+    std::atomic<bool> done{false};
+    Queue::execute([run, &done] {
+        run->start();
+        done = true;
+    });
+    TerminalProgress terminal(QFileInfo(file).fileName());
+    while (!done) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        terminal.show(prog->state());
+        QThread::msleep(100);
+    }
+    QCoreApplication::processEvents();
+    out() << "\r\033[K" << Qt::flush;
+    delivered = run->deliveredPath();
+    return run->error();
+}
+
+class DoorGuard {
+public:
+    DoorGuard() : previous_(userInteraction()) {
+        if (!previous_) setUserInteraction(std::make_shared<ScriptedInteraction>());
+    }
+    ~DoorGuard() { setUserInteraction(previous_); }
+
+private:
+    std::shared_ptr<UserInteraction> previous_;
+};
+
+} // namespace
+
+int runCleanCommand(const QStringList& arguments) {
+    std::unique_ptr<QCoreApplication> app;
+    int argc = 1;
+    char name[] = "zendrel";
+    char* argv[] = {name, nullptr};
+    if (!QCoreApplication::instance()) app = std::make_unique<QCoreApplication>(argc, argv);
+    // Nobody is there to answer a dialog: questions get the scripted answers and are logged.
+    const DoorGuard door;
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Cleans speech files: noise, hum, levels and dead air.");
+    const QCommandLineOption settingsOption("settings",
+                                            "Cleaning settings as JSON instead of the saved ones.", "FILE");
+    const QCommandLineOption mp3Option("mp3", "Write the result as MP3 (128 kbit/s).");
+    parser.addOption(settingsOption);
+    parser.addOption(mp3Option);
+    parser.addPositionalArgument("files", "Sound files to clean.", "FILE…");
+    if (const int status = cli_parse(parser, "clean", arguments); status >= 0) return status;
+    QStringList files = parser.positionalArguments();
+    if (!files.isEmpty() && files.front() == "clean") files.removeFirst();
+    if (files.isEmpty()) {
+        return cli_fail("clean", "no file given (see --help)", kCliUsage);
+    }
+
+    BrightwashSetting settings = Brightwash::loadSettings();
+    if (parser.isSet(settingsOption)) {
+        QString why;
+        const auto loaded = settingsFrom(parser.value(settingsOption), why);
+        if (!loaded) {
+            return cli_fail("clean", parser.value(settingsOption) + ": " + why, kCliUsage);
+        }
+        settings = *loaded;
+    }
+    if (parser.isSet(mp3Option)) settings.exportFormat = BWExportFormats::mp3;
+
+    int failures = 0;
+    for (const QString& file : files) {
+        QString delivered;
+        const QString error = cleanOne(file, settings, delivered);
+        if (!error.isEmpty()) {
+            cli_fail("clean", file + ": " + error, kCliFailed);
+            ++failures;
+        } else {
+            out() << file << " -> " << delivered << Qt::endl;
+        }
+    }
+    return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,10 @@
+#pragma once
+// `zendrel clean [--settings FILE] [--mp3] FILE…`: each file through the cleaning chain with the saved
+// settings (or those of a settings JSON), the result written beside it. Needs no display; call it before
+// any QApplication exists (it makes its own QCoreApplication when there is none). arguments[0] is the
+// program name. Returns 0 when every file was cleaned; otherwise each failure has had one line on
+// standard error naming the file and why.
+
+#include <QStringList>
+
+int runCleanCommand(const QStringList& arguments);
