@@ -676,7 +676,7 @@ TEST_F(AETimeLineDamage, MusicLeftBeyondTheMainLaneIsDroppedWithALogLine) {
         EXPECT_EQ(idsOf(tl.mainLane), QStringList({"m0"}));
         EXPECT_EQ(idsOf(tl.attachedItems), QStringList({"a1"}));
     });
-    EXPECT_EQ(logged("AETimeLine.decode: music bed ends before it starts; left out"), 1);
+    EXPECT_EQ(loggedCount("AETimeLine.decode: music bed ends before it starts; left out"), 1);
 }
 
 TEST_F(AETimeLineDamage, AFileThatStillBreaksTheRulesIsRefusedWithAMessage) {
