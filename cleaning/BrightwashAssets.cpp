@@ -138,8 +138,8 @@ void BrightwashAssets::brightwasherDone(const QString& path) {
     const auto item = std::find_if(brightwashingList.begin(), brightwashingList.end(),
                                    [&](const BrightwashingItem& i) { return i.cleanedPath == path; });
     std::shared_ptr<AEAsset> cleaned;
-    if (QFileInfo(path).isFile()) {
-        cleaned = makeAsset(path);
+    if (QFileInfo(path).isFile()) cleaned = makeAsset(path);
+    if (cleaned) {
         cleaned->bwStatus = BWStatus::destinationDone;
         assets_.push_back(cleaned);
         if (doAutoGain) {

@@ -45,7 +45,8 @@ QString colorText(const QColor& c) {
 
 std::shared_ptr<AEAsset> AEAsset::make(const Args& a) {
     (void)registered;
-    const bool fromFile = a.type != AEAssetType::silence && !a.recording;
+    // A temporary placeholder stands for a file still being made; the door checks the real one.
+    const bool fromFile = a.type != AEAssetType::silence && !a.recording && !a.temporary;
     if (fromFile && !mediaAcceptedOrTold(a.filePath)) return nullptr;
     std::shared_ptr<AEAsset> asset(new AEAsset());
     asset->recording = a.recording;
