@@ -1,4 +1,4 @@
-#include "app/cli/CleanCommand.h"
+#include "app/cli/CommandLine.h"
 #include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
 #include "app/windows/TimelineViewController.h"
@@ -14,13 +14,9 @@
 #include <memory>
 
 int main(int argc, char** argv) {
-    // Headless commands run before any window machinery exists.
-    if (argc > 1 && QString::fromLocal8Bit(argv[1]) == "clean") {
-        QStringList arguments;
-        for (int i = 0; i < argc; ++i)
-            arguments << QString::fromLocal8Bit(argv[i]);
-        return runCleanCommand(arguments);
-    }
+    // A command runs without a window or a display.
+    if (cli_isCommandLine(argc, argv)) return cli_run(argc, argv);
+
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);

@@ -14,7 +14,7 @@
 #include "BenchMain.h"
 #include "cleaning/Brightwash.h"
 #include "cleaning/ClusterGate.h"
-#include "dsp/AudioAnalysis.h"
+#include "cleaning/AudioAnalysis.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -5,6 +5,9 @@
 //     any MP3 export;
 //   - WavExport against SoxMixAlone, one "sox -m" of four files of the episode's length and format,
 //     standing for the lane files the export makes.
+//   - NormalisedMp3Export, the whole delivery (render, loudness measure, gain and true-peak limiter
+//     inside the encode, read-back report), against the same FFmpegEncodeAlone;
+//   - Ingest of a 1 GB file (one read that hashes and copies) against CpAlone, "cp" of that file.
 // The counters hold each stage of the export in seconds.
 //
 // qxLog writes every line to standard output: run with stdout to /dev/null and the report in a
@@ -14,6 +17,7 @@
 #include "project/model/AEBGMSettings.h"
 #include "project/model/AEIngest.h"
 #include "recording/AudioProbes.h"
+#include "render/EpisodeExport.h"
 #include "render/SoXer.h"
 #include "timeline/model/AEKeyframeList.h"
 #include "timeline/model/AETimeLine.h"
@@ -22,6 +26,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -147,6 +152,70 @@ void Mp3Export(benchmark::State& state) {
     exportTo(state, "episode.mp3");
 }
 
+void timeTool(benchmark::State& state, const QString& program, const QStringList& arguments);
+
+void NormalisedMp3Export(benchmark::State& state) {
+    Episode& e = episode();
+    if (!e.error.isEmpty()) {
+        state.SkipWithError(e.error.toStdString().c_str());
+        return;
+    }
+    for (auto _ : state) {
+        ExportOptions options;
+        options.destPath = e.path("normalised.mp3");
+        options.loudness = loudness_defaults(true, 2);
+        auto job = EpisodeExport::make(e.timeline, nullptr, nullptr, options);
+        QElapsedTimer clock;
+        clock.start();
+        const ExportOutcome outcome = job->perform();
+        state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / 1e9);
+        if (!outcome.done) state.SkipWithError(outcome.error.toStdString().c_str());
+        state.counters["render_s"] = job->stageTimes.render;
+        state.counters["measure_s"] = job->stageTimes.measure;
+        state.counters["encode_s"] = job->stageTimes.encode;
+        state.counters["report_s"] = job->stageTimes.check;
+        state.counters["lufs"] = outcome.report.integratedLoudness;
+    }
+}
+
+// 1 GB of random bytes, so neither side can skip anything.
+QString bigFile() {
+    static const QString path = [] {
+        const QString file = episode().path("big.bin");
+        if (!runTool("/bin/sh", {"-c", "head -c 1073741824 /dev/urandom > \"$0\"", file})) return QString();
+        return file;
+    }();
+    return path;
+}
+
+void Ingest(benchmark::State& state) {
+    const QString file = bigFile();
+    if (file.isEmpty()) {
+        state.SkipWithError("cannot make the file");
+        return;
+    }
+    AEIngest ingest(episode().path("ingested"));
+    for (auto _ : state) {
+        QDir(episode().path("ingested")).removeRecursively();
+        QDir().mkpath(episode().path("ingested"));
+        QElapsedTimer clock;
+        clock.start();
+        const bool done = AEIngest::ingest(file).has_value();
+        state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / 1e9);
+        if (!done) state.SkipWithError("no copy");
+    }
+}
+
+void CpAlone(benchmark::State& state) {
+    const QString file = bigFile();
+    if (file.isEmpty()) {
+        state.SkipWithError("cannot make the file");
+        return;
+    }
+    QFile::remove(episode().path("copied.bin"));
+    timeTool(state, "/bin/cp", {file, episode().path("copied.bin")});
+}
+
 void timeTool(benchmark::State& state, const QString& program, const QStringList& arguments) {
     for (auto _ : state) {
         QElapsedTimer clock;
@@ -183,6 +252,9 @@ BENCHMARK(WavExport)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 BENCHMARK(SoxMixAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 BENCHMARK(Mp3Export)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 BENCHMARK(FFmpegEncodeAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(NormalisedMp3Export)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(CpAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(Ingest)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
 int main(int argc, char** argv) {
     return runBenchmarks(argc, argv);

@@ -1,6 +1,6 @@
 #include "cleaning/ClusterAnalysis.h"
 
-#include "dsp/AudioAnalysis.h"
+#include "cleaning/AudioAnalysis.h"
 #include "dsp/GaussianReduction.h"
 #include "dsp/Levels.h"
 #include "foundation/Log.h"

@@ -5,6 +5,7 @@
 #include "foundation/Log.h"
 #include "foundation/Prog.h"
 #include "foundation/Timecode.h"
+#include "recording/WorkingFormat.h"
 #include "render/tools/SoxCluster.h"
 #include "render/tools/SoxConvert.h"
 #include "render/tools/SoxFilters.h"

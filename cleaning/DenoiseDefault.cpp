@@ -2,7 +2,7 @@
 
 #include "cleaning/ClusterAnalysis.h"
 #include "cleaning/ClusterGate.h"
-#include "dsp/AudioAnalysis.h"
+#include "cleaning/AudioAnalysis.h"
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Log.h"

@@ -1,14 +1,13 @@
 #include "dsp/AUAudio.h"
-#include "foundation/Execution.h"
-#include "foundation/FileUtils.h"
+#include "dsp/SndFileWriter.h"
 #include "foundation/Log.h"
-#include "render/tools/SoxChannels.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 #include <memory>
 #include <sndfile.h>
+#include <vector>
 
 namespace {
 
@@ -76,11 +75,17 @@ void AUAudio::saveStereoArrayIntoAudioFile16(std::span<const float> sampleArrayL
 }
 
 void AUAudio::saveStereoFloatToAudioFile(const StereoFloat& stereoFloat, int frequency, const QString& path) {
-    const QString left = path + ".l.wav";
-    const QString right = path + ".r.wav";
-    Parallelize::execute([&] { saveArrayIntoAudioFile(stereoFloat.r, frequency, 32, right); },
-                         [&] { saveArrayIntoAudioFile(stereoFloat.l, frequency, 32, left); });
-    soxUt_combineLRChannels(left, right, path);
-    fu_deleteFile(left);
-    fu_deleteFile(right);
+    // One pass, interleaved a block at a time: no halves to write, join and delete.
+    SndFileWriter writer(path, frequency, 2, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    const size_t frames = std::min(stereoFloat.l.size(), stereoFloat.r.size());
+    constexpr size_t kBlock = 65536;
+    std::vector<float> block(2 * std::min(frames, kBlock));
+    for (size_t at = 0; writer.isOpen() && at < frames; at += kBlock) {
+        const size_t n = std::min(kBlock, frames - at);
+        for (size_t i = 0; i < n; ++i) {
+            block[2 * i] = stereoFloat.l[at + i];
+            block[2 * i + 1] = stereoFloat.r[at + i];
+        }
+        if (!writer.writeFrames(block.data(), static_cast<int64_t>(n))) break;
+    }
 }

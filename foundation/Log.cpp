@@ -1,5 +1,7 @@
 #include "foundation/Log.h"
 
+#include "foundation/LogOutput.h"
+
 #include <cstdio>
 #include <map>
 #include <mutex>
@@ -14,14 +16,17 @@ std::map<int, LogSink>& sinks() {
     return s;
 }
 int nextToken = 1;
+bool toStandardOutput = true;
 } // namespace
 
 void qxLog(const QString& line) {
     const QByteArray bytes = line.toUtf8();
     std::lock_guard lock(sinkMutex());
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
+    if (toStandardOutput) {
+        std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
+        std::fputc('\n', stdout);
+        std::fflush(stdout);
+    }
     for (auto& [token, sink] : sinks())
         sink(line);
 }
@@ -36,4 +41,9 @@ int addLogSink(LogSink sink) {
 void removeLogSink(int token) {
     std::lock_guard lock(sinkMutex());
     sinks().erase(token);
+}
+
+void setLogToStandardOutput(bool on) {
+    std::lock_guard lock(sinkMutex());
+    toStandardOutput = on;
 }

@@ -3,9 +3,9 @@
 #include "dsp/AUAudio.h"
 #include "dsp/ArrayUtils.h"
 #include "dsp/Levels.h"
-#include "foundation/Execution.h"
+#include "dsp/SndFile.h"
+#include "dsp/SndFileWriter.h"
 #include "foundation/Log.h"
-#include "recording/AudioProbes.h"
 #include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeList.h"
 
@@ -41,9 +41,8 @@ int64_t AUAudioConvolution::timeToSample(double time, int frequency) {
     return static_cast<int64_t>(static_cast<double>(frequency) * time);
 }
 
-std::vector<float> AUAudioConvolution::convolutionMonoV2(std::span<const float> samples, int frequency,
-                                                         std::vector<GainPoint> points) {
-    if (frequency <= 0) return {};
+std::vector<AUAudioConvolution::GainPoint>
+AUAudioConvolution::envelopePoints(const std::vector<GainPoint>& points, double duration) {
     std::vector<GainPoint> list;
     std::copy_if(points.begin(), points.end(), std::back_inserter(list),
                  [](const GainPoint& p) { return p.time >= 0.0; });
@@ -51,9 +50,14 @@ std::vector<float> AUAudioConvolution::convolutionMonoV2(std::span<const float> 
     // No points at all: unity gain throughout.
     if (list.empty()) list.push_back({0.0, 0.0});
     if (list.front().time != 0.0) list.insert(list.begin(), {0.0, list.front().db});
-    const double duration = static_cast<double>(samples.size()) / frequency;
     if (list.back().time != duration) list.push_back({duration, list.back().db});
+    return list;
+}
 
+std::vector<float> AUAudioConvolution::convolutionMonoV2(std::span<const float> samples, int frequency,
+                                                         std::vector<GainPoint> points) {
+    if (frequency <= 0) return {};
+    const auto list = envelopePoints(points, static_cast<double>(samples.size()) / frequency);
     std::vector<float> out;
     out.reserve(samples.size() + 1);
     for (size_t i = 0; i + 1 < list.size(); ++i)
@@ -65,23 +69,51 @@ std::vector<float> AUAudioConvolution::convolutionMonoV2(std::span<const float> 
 
 void AUAudioConvolution::convolution(const QString& srcPath, const QString& dstPath,
                                      const std::shared_ptr<AEKeyframeList>& volumeKFs) {
-    const int frequency = aUt_getAudioFrequency(srcPath);
-    const int channels = aUt_getAudioNChannels(srcPath);
-    if (frequency <= 0 || channels <= 0) {
+    SndFile in(srcPath);
+    if (!in.isOpen() || in.sampleRate() <= 0 || in.channels() <= 0) {
         qxLog("AUAudioConvolution: cannot read " + srcPath);
         return;
     }
-    const std::vector<GainPoint> points = pointsOf(volumeKFs);
-    if (channels == 1) {
-        const std::vector<float> samples = AUAudio::readFileIntoFloatArray(srcPath);
-        AUAudio::saveArrayIntoAudioFile(convolutionMonoV2(samples, frequency, points), frequency, 32,
-                                        dstPath);
-        return;
+    const int frequency = in.sampleRate();
+    const int channels = in.channels();
+    const int64_t count = in.frames();
+    const auto list = envelopePoints(pointsOf(volumeKFs), static_cast<double>(count) / frequency);
+    SndFileWriter out(dstPath, frequency, channels, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    if (!out.isOpen()) return;
+
+    // Slice by slice, every channel at once: the same products as the whole-array envelope, in a
+    // fixed amount of memory and with one write.
+    constexpr int64_t kSlice = 65536;
+    std::vector<float> block(static_cast<size_t>(kSlice * channels));
+    int64_t position = 0;
+    for (size_t i = 0; i + 1 < list.size(); ++i) {
+        const int64_t first = timeToSample(list[i].time, frequency);
+        const int64_t last = std::min(timeToSample(list[i + 1].time, frequency), count);
+        if (first < 0 || last <= first) continue;
+        if (first != position && !in.seek(first)) break;
+        position = first;
+        const auto g0 = static_cast<float>(aUt_dbToDouble(list[i].db));
+        const auto g1 = static_cast<float>(aUt_dbToDouble(list[i + 1].db));
+        const double step = (static_cast<double>(g1) - g0) / static_cast<double>(last - first);
+        while (position < last) {
+            const int64_t got = in.readFrames(block.data(), std::min(kSlice, last - position));
+            if (got <= 0) break;
+            for (int64_t f = 0; f < got; ++f) {
+                const double multiplier = g0 + step * static_cast<double>(position + f - first);
+                for (int c = 0; c < channels; ++c) {
+                    float& v = block[static_cast<size_t>(f * channels + c)];
+                    v = static_cast<float>(v * multiplier);
+                }
+            }
+            if (!out.writeFrames(block.data(), got)) return;
+            position += got;
+        }
     }
-    StereoFloat in = AUAudio::readFileIntoStereoFloat(srcPath);
-    StereoFloat out;
-    Parallelize::execute([&] { out.r = convolutionMonoV2(in.r, frequency, points); },
-                         [&] { out.l = convolutionMonoV2(in.l, frequency, points); });
-    in = StereoFloat{};
-    AUAudio::saveStereoFloatToAudioFile(out, frequency, dstPath);
+    // The last frame once more, at the last level.
+    if (count > 0 && in.seek(count - 1) && in.readFrames(block.data(), 1) == 1) {
+        const double last = aUt_dbToDouble(list.back().db);
+        for (int c = 0; c < channels; ++c)
+            block[static_cast<size_t>(c)] = static_cast<float>(block[static_cast<size_t>(c)] * last);
+        out.writeFrames(block.data(), 1);
+    }
 }

@@ -18,10 +18,10 @@ public:
         double db;
     };
 
-    // Reads srcPath, shapes it with the keyframes (sorted by time first) and writes 32-bit float at
-    // the same rate to dstPath. Stereo files have their channels shaped on two threads and written as
-    // "<dst>.l.wav" and "<dst>.r.wav", joined by the sound tool and removed. An empty list copies the
-    // sound unchanged (plus the one extra sample).
+    // Reads srcPath, shapes every channel with the keyframes (sorted by time first) and writes 32-bit
+    // float at the same rate to dstPath, slice by slice in one pass: the samples are those of
+    // convolutionMonoV2 on each channel. An empty list copies the sound unchanged (plus the one extra
+    // sample).
     static void convolution(const QString& srcPath, const QString& dstPath,
                             const std::shared_ptr<AEKeyframeList>& volumeKFs);
 
@@ -31,6 +31,8 @@ public:
     // repeated at the last level.
     static std::vector<float> convolutionMonoV2(std::span<const float> samples, int frequency,
                                                 std::vector<GainPoint> points);
+    // The points the envelope runs through for a file of `duration` seconds (see convolutionMonoV2).
+    static std::vector<GainPoint> envelopePoints(const std::vector<GainPoint>& points, double duration);
     // samples × frequency, truncated.
     static int64_t timeToSample(double time, int frequency);
 };

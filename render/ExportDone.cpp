@@ -42,6 +42,12 @@ QString tempSibling(const QString& path) {
 
 } // namespace
 
+QString exportNotes(const QString& episodeNotes, const QString& showNotes) {
+    if (showNotes.isEmpty()) return episodeNotes;
+    if (episodeNotes.isEmpty()) return showNotes;
+    return episodeNotes + "\n\n" + showNotes;
+}
+
 std::vector<QXMp3Chapter> exportChapters(const std::shared_ptr<AETimeLine>& timeline) {
     if (!timeline) return {};
     QXMp3Tags tags(std::nullopt, durationOf(*timeline));
@@ -56,7 +62,7 @@ bool exportDone(const QString& mp3Path, const std::shared_ptr<AETimeLine>& timel
     const QString title = episode->title;
     const QDateTime date = episode->publicationDate;
     const QString year = date.isValid() ? QString::number(date.date().year()) : QString();
-    const QString notes = episode->notes + "\n\n" + (show ? show->notes : QString());
+    const QString notes = exportNotes(episode->notes, show ? show->notes : QString());
     const QString picture = pictureOf(*episode, show.get());
 
     QXMp3Tags tags(mp3Path, durationOf(*timeline));
@@ -73,8 +79,9 @@ bool exportDone(const QString& mp3Path, const std::shared_ptr<AETimeLine>& timel
         return false;
     }
 
-    std::vector<Mp3Tag> tagList{{"title", title},  {"genre", "Podcast"}, {"comment", notes},
-                                {"lyrics", notes}, {"date", year},       {"year", year}};
+    // "date" is the year frame (TYER once the tag is v2.3); kid3 knows no "year" and would add TXXX:year.
+    std::vector<Mp3Tag> tagList{
+        {"title", title}, {"genre", "Podcast"}, {"comment", notes}, {"lyrics", notes}, {"date", year}};
     // kid3 makes an empty picture frame of a missing file.
     if (usablePicture(picture)) tagList.push_back({kid3Args::pictureTag(picture), title});
     Mp3::addTags(mp3Path, tagList, true);

@@ -17,6 +17,9 @@ class AETimeLine;
 // The chapter markers of the timeline, in time order, the last ending where the timeline ends.
 std::vector<QXMp3Chapter> exportChapters(const std::shared_ptr<AETimeLine>& timeline);
 
+// The episode's notes, a blank line, the show's notes; no blank line when either is empty.
+QString exportNotes(const QString& episodeNotes, const QString& showNotes);
+
 // Tags mp3Path from the episode (title, year of publication, notes followed by the show's notes,
 // picture: the episode's, else the show's) and the timeline's chapters, then deletes the
 // "<name>_temp.<ext>" beside it. False, after the "Error" alert and with kid3 left out, when the

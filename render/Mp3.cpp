@@ -123,17 +123,17 @@ void Mp3::convertToMp3(const QString& src, const QString& dst, int kbitrate, Mp3
 
 bool Mp3::encodeWithTags(const QString& from, const QString& to, const QString& title,
                          const QString& picturePath, const QString& showNotes,
-                         const std::vector<QXMp3Chapter>& chapters) {
+                         const std::vector<QXMp3Chapter>& chapters, const QString& audioFilter) {
     qxLog("MP3.encodeWithTags");
     const Mp3EncodingSettings settings = encodingSettings();
     return convertToMp3WithTags(from, to, settings.bitrate, settings.channels, title, picturePath, showNotes,
-                                chapters);
+                                chapters, audioFilter);
 }
 
 bool Mp3::convertToMp3WithTags(const QString& src, const QString& dst, int kbitrate,
                                [[maybe_unused]] Mp3Channels channels, const QString& title,
                                [[maybe_unused]] const QString& picturePath, const QString& showNotes,
-                               const std::vector<QXMp3Chapter>& chapters) {
+                               const std::vector<QXMp3Chapter>& chapters, const QString& audioFilter) {
     qxLog("Mp3.convertToMp3WithTags");
     const QString tmp = toolFilePaths::withoutExtension(dst) + "_temp.mp3";
     QFile::remove(tmp);
@@ -148,7 +148,7 @@ bool Mp3::convertToMp3WithTags(const QString& src, const QString& dst, int kbitr
                                  "Cannot write the tags file in " + QFileInfo(dst).absolutePath() + ".");
 
     qxLog("Convert to: " + tmp);
-    soxUt_runFFMpeg(ffArgs::encodeMp3(src, tmp, kbitrate, std::nullopt));
+    soxUt_runFFMpeg(ffArgs::encodeMp3Filtered(src, tmp, kbitrate, audioFilter));
     soxUt_runFFMpeg(ffArgs::appendMetadata(tmp, metadata, dst));
     qxLog("Appending metadata: " + metadata + " to " + tmp + " to dest " + dst);
 

@@ -40,12 +40,14 @@ public:
 
     // The normal route, with the stored bit rate. The MP3 keeps the channels of the WAV; the picture
     // and show notes do not reach the file on this route. True when the destination was made.
+    // audioFilter, an ffmpeg filter chain, shapes the sound on its way into the encoder.
     static bool encodeWithTags(const QString& from, const QString& to, const QString& title,
                                const QString& picturePath, const QString& showNotes,
-                               const std::vector<QXMp3Chapter>& chapters);
+                               const std::vector<QXMp3Chapter>& chapters, const QString& audioFilter = {});
     static bool convertToMp3WithTags(const QString& src, const QString& dst, int kbitrate,
                                      Mp3Channels channels, const QString& title, const QString& picturePath,
-                                     const QString& showNotes, const std::vector<QXMp3Chapter>& chapters);
+                                     const QString& showNotes, const std::vector<QXMp3Chapter>& chapters,
+                                     const QString& audioFilter = {});
     // The FFMETADATA1 text of that route: title, genre, this year, chapters; a chapter left without an
     // end, because the duration was unknown, ends at ten hours.
     static QString metadataText(const QString& dst, float duration, const QString& title,

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/chapterframe.h>
@@ -26,11 +27,6 @@ TagLib::String tagString(const QString& text) {
 
 TagLib::ByteVector tagBytes(const QByteArray& bytes) {
     return TagLib::ByteVector(bytes.constData(), static_cast<unsigned>(bytes.size()));
-}
-
-// Float arithmetic on purpose: 19.99f * 1000 gives 19990 as a float, 19989 in double.
-long long milliseconds(float seconds) {
-    return static_cast<long long>(std::max(seconds, 0.0f) * 1000.0f);
 }
 
 std::unique_ptr<Frame> textFrame(const char* id, const QString& text) {
@@ -59,6 +55,11 @@ bool placeAudio(const std::optional<QString>& source, const QString& destPath) {
 }
 
 } // namespace
+
+int64_t QXMp3Chapter::milliseconds(float seconds) {
+    // Rounded: a marker at 2.001 s (2.00099993 as a float) starts at 2001 ms, not 2000.
+    return std::llround(std::max(static_cast<double>(seconds), 0.0) * 1000.0);
+}
 
 QString QXMp3Chapter::getFFMpegText() const {
     return "[CHAPTER]\nTIMEBASE=1/1000\nSTART=" + QString::number(milliseconds(time)) +

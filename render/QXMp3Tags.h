@@ -5,6 +5,7 @@
 // touches the next. One object per export, used by one thread at a time.
 
 #include <QString>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -19,6 +20,8 @@ struct QXMp3Chapter {
     float endTime = 0;
     QString text;
 
+    // Seconds to whole milliseconds, rounded to the nearest, as every chapter writer stores them.
+    static int64_t milliseconds(float seconds);
     // "[CHAPTER]\nTIMEBASE=1/1000\nSTART=…\nEND=…\ntitle=…", no newline at the end.
     QString getFFMpegText() const;
     // A CHAP frame named elementId, times in milliseconds, no byte offsets, a UTF-8 title subframe.

@@ -50,31 +50,28 @@ void SoXer::timeLineItem2Cluster(const AETimeLineItem& item, const QString& path
 
 void SoXer::loopableItemToCluster(const AETimeLineItem& item, const QString& path, double silenceDuration) {
     const Source& source = sourceOf(item);
-    const QString src = checkedSource(source.path);
-    const QString stem = toolFilePaths::withoutExtension(path);
-    QStringList pieces;
-    const auto piece = [&](double silence, double from, double to) {
-        const QString file = stem + QString::number(pieces.size()) + ".wav";
-        pieces << file;
-        soxUt_createCluster(src, silence, from, to, 0, 0, file, false, source.volumeGain, destFrequency,
-                            destNChannels, destBitsPerSample);
-    };
+    // The passes the span takes: the first from where the item starts in the asset, whole ones, and a
+    // last part unless it would be 10 ms or less. One tool run makes them all from the source repeated.
     double remaining = item.bgmOutTime - item.inTime;
-    // The first pass starts where the item starts in the asset; the length it covers is what counts.
     const double firstEnd = std::min(item.range.i + remaining, source.duration);
-    piece(silenceDuration, item.range.i, firstEnd);
-    remaining -= firstEnd - item.range.i;
+    double length = firstEnd - item.range.i;
+    remaining -= length;
+    int passes = 1;
     while (remaining > source.duration) {
-        piece(0, 0, source.duration);
+        length += source.duration;
         remaining -= source.duration;
+        ++passes;
     }
-    if (remaining > 0.01) piece(0, 0, remaining);
+    if (remaining > 0.01) {
+        length += remaining;
+        ++passes;
+    }
 
     const auto keyframes = volumeKeyframes(item);
     const QString target = keyframes ? FUName::addSuffix(path, "convolution") : path;
-    soxUt_concatenate(pieces, target, destFrequency, destNChannels, destBitsPerSample, 0, source.fadeOut);
-    for (const QString& file : pieces)
-        fu_deleteFile(file);
+    soxUt_createLoopCluster(checkedSource(source.path), silenceDuration, item.range.i, length, passes,
+                            source.fadeOut, target, source.volumeGain, destFrequency, destNChannels,
+                            destBitsPerSample);
     if (!keyframes) return;
     if (fu_fileExists(target))
         AUAudioConvolution::convolution(

@@ -9,11 +9,11 @@ shift || true
 packages=(
   g++ cmake ninja-build pkg-config git
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-multimedia-dev libgl-dev
-  libsndfile1-dev libfftw3-dev libtag1-dev libsoundtouch-dev
+  libsndfile1-dev libfftw3-dev libtag1-dev libsoundtouch-dev libebur128-dev
   sox libsox-fmt-all ffmpeg kid3-cli zip unzip curl espeak-ng
   libgtest-dev libgmock-dev libbenchmark-dev
   pulseaudio pulseaudio-utils
-  xvfb xauth python3 clang-format
+  xvfb xauth python3 python3-mutagen clang-format
 )
 
 missing=()

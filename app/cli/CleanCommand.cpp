@@ -1,5 +1,6 @@
 #include "app/cli/CleanCommand.h"
 
+#include "app/cli/CommandLine.h"
 #include "cleaning/Brightwash.h"
 #include "foundation/Execution.h"
 #include "foundation/Interaction.h"
@@ -17,11 +18,6 @@
 #include <optional>
 
 namespace {
-
-QTextStream& err() {
-    static QTextStream stream(stderr);
-    return stream;
-}
 
 QTextStream& out() {
     static QTextStream stream(stdout);
@@ -105,27 +101,17 @@ int runCleanCommand(const QStringList& arguments) {
 
     QCommandLineParser parser;
     parser.setApplicationDescription("Cleans speech files: noise, hum, levels and dead air.");
-    parser.addHelpOption();
     const QCommandLineOption settingsOption("settings",
                                             "Cleaning settings as JSON instead of the saved ones.", "FILE");
     const QCommandLineOption mp3Option("mp3", "Write the result as MP3 (128 kbit/s).");
     parser.addOption(settingsOption);
     parser.addOption(mp3Option);
-    parser.addPositionalArgument("clean", "The command.");
     parser.addPositionalArgument("files", "Sound files to clean.", "FILE…");
-    if (!parser.parse(arguments)) {
-        err() << parser.errorText() << Qt::endl;
-        return 2;
-    }
-    if (parser.isSet("help")) {
-        out() << parser.helpText() << Qt::flush;
-        return 0;
-    }
+    if (const int status = cli_parse(parser, "clean", arguments); status >= 0) return status;
     QStringList files = parser.positionalArguments();
     if (!files.isEmpty() && files.front() == "clean") files.removeFirst();
     if (files.isEmpty()) {
-        err() << "zendrel clean: no file given (see --help)" << Qt::endl;
-        return 2;
+        return cli_fail("clean", "no file given (see --help)", kCliUsage);
     }
 
     BrightwashSetting settings = Brightwash::loadSettings();
@@ -133,8 +119,7 @@ int runCleanCommand(const QStringList& arguments) {
         QString why;
         const auto loaded = settingsFrom(parser.value(settingsOption), why);
         if (!loaded) {
-            err() << parser.value(settingsOption) << ": " << why << Qt::endl;
-            return 2;
+            return cli_fail("clean", parser.value(settingsOption) + ": " + why, kCliUsage);
         }
         settings = *loaded;
     }
@@ -145,7 +130,7 @@ int runCleanCommand(const QStringList& arguments) {
         QString delivered;
         const QString error = cleanOne(file, settings, delivered);
         if (!error.isEmpty()) {
-            err() << file << ": " << error << Qt::endl;
+            cli_fail("clean", file + ": " + error, kCliFailed);
             ++failures;
         } else {
             out() << file << " -> " << delivered << Qt::endl;

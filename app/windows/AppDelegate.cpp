@@ -22,6 +22,7 @@
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineLanesHelper.h"
 #include "ui/cleaning/Brightwash_prefsVC.h"
+#include "ui/ducking/DuckingCommands.h"
 #include "ui/recording/RecorderEntryPoints.h"
 
 #include <QAction>
@@ -152,6 +153,13 @@ void AppDelegate::buildEditMenu() {
                 [](TimelineViewController& vc) { vc.cleanSelectedAsset(); });
     addTimeline(edit, "menu_newVolumeKeyframe", tr("Add Volume Keyframe"), QKeySequence("Ctrl+Shift+K"),
                 [](TimelineViewController& vc) { vc.commands().addVolumeKeyframe(); });
+    auto* ducking = new DuckingCommands(
+        [this] { return timelineVC_ ? timelineVC_->timeline() : std::shared_ptr<AETimeLine>(); },
+        window_.get());
+    ducking->autoDuckSelectionAction->setObjectName("mnuAutoDuckSelection");
+    ducking->automaticDuckingSettingsAction->setObjectName("menu_automaticDuckingSettings");
+    edit->addAction(ducking->autoDuckSelectionAction);
+    edit->addAction(ducking->automaticDuckingSettingsAction);
     QMenu* common = edit->addMenu(tr("Insert Common Asset"));
     for (int n = 1; n <= 9; ++n)
         addTimeline(common, QString("insertIntoCommonAsset%1").arg(n), tr("Common Asset %1").arg(n),

@@ -147,7 +147,7 @@ void AEAsset::regenerateSubsamples() {
 }
 
 void AEAsset::createDucking() {
-    assetDucking = std::make_shared<AEAssetDucking>(id);
+    assetDucking = AEAssetDucking::make(id, subsamples);
 }
 
 void AEAsset::forceIngest() {

@@ -9,6 +9,7 @@
 #include "foundation/StrUt.h"
 #include "recording/MediaCheck.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -76,7 +77,16 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const Q
         qxLog("AEIngest.ingest: not a regular file, nothing copied");
         return std::nullopt;
     }
-    const QString md5 = knownMd5.isEmpty() ? hallard_fileMd5(originalFilePath) : knownMd5;
+    // One read both hashes and copies, into a pending file named once the digest is known. A file
+    // already in the ingest folder, or one whose digest is known, needs no copy made while hashing.
+    QString md5 = knownMd5;
+    QString pending;
+    if (md5.isEmpty() && !originalFilePath.contains(ingestPath)) {
+        pending = ingestPath + ".pending-" + hallard_getNewId() + ".part";
+        md5 = hallard_copyFileWithMd5(originalFilePath, pending);
+        if (md5.isEmpty()) pending.clear();
+    }
+    if (md5.isEmpty()) md5 = hallard_fileMd5(originalFilePath);
     if (md5.isEmpty()) {
         qxLog("AEIngest.ingest: cannot be read, nothing copied");
         return std::nullopt;
@@ -88,13 +98,19 @@ std::optional<QString> AEIngest::ingest(const QString& originalFilePath, const Q
         qxLog("2");
         if (originalFilePath.contains(ingestPath)) {
             qxLog("3");
+            if (!pending.isEmpty()) QFile::remove(pending);
             return originalFilePath;
         }
     }
+    const QString target = ingestPath + name;
     // A copy already there is fine (same content, same name); a copy that could not be made is none.
-    if (!fu_copyFile(originalFilePath, ingestPath + name) && !fu_fileExists(ingestPath + name))
-        return std::nullopt;
-    return ingestPath + name;
+    if (pending.isEmpty()) {
+        if (!fu_copyFile(originalFilePath, target) && !fu_fileExists(target)) return std::nullopt;
+    } else if (fu_fileExists(target) || !QFile::rename(pending, target)) {
+        QFile::remove(pending);
+        if (!fu_fileExists(target)) return std::nullopt;
+    }
+    return target;
 }
 
 std::optional<QString> AEIngest::ingestMedia(const QString& originalFilePath, const QString& knownMd5) {

@@ -44,6 +44,18 @@ void copyOver(const QString& from, const QString& to) {
     fu_copyFile(from, to);
 }
 
+// The alert for a missing source, and the WAV the tool can read for a compressed one.
+QString clusterSource(const QString& srcFilePath) {
+    if (!fu_fileExists(srcFilePath)) {
+        const QString text = "Could not create cluster, file " + srcFilePath + " not found.";
+        XMain::execute([text] { Warning("SHX ERROR", text); }, true);
+    }
+    if (!needsDecoding(srcFilePath)) return srcFilePath;
+    const QString source = toolFilePaths::withoutExtension(srcFilePath) + ".wav";
+    soxUt_convertMp3ToWav(srcFilePath, source, false, 2, 16);
+    return source;
+}
+
 } // namespace
 
 void soxUt_createCluster(const QString& srcFilePath, double silenceDuration, double startSec, double endSec,
@@ -52,20 +64,22 @@ void soxUt_createCluster(const QString& srcFilePath, double silenceDuration, dou
                          std::optional<int> bitsPerSample) {
     qxLog("soxUt_createCluster: " + srcFilePath + " -> " + dstFilePath);
     fu_deleteFile(dstFilePath);
-    if (!fu_fileExists(srcFilePath)) {
-        const QString text = "Could not create cluster, file " + srcFilePath + " not found.";
-        XMain::execute([text] { Warning("SHX ERROR", text); }, true);
-    }
-    QString source = srcFilePath;
-    if (needsDecoding(srcFilePath)) {
-        source = toolFilePaths::withoutExtension(srcFilePath) + ".wav";
-        soxUt_convertMp3ToWav(srcFilePath, source, false, 2, 16);
-    }
+    const QString source = clusterSource(srcFilePath);
     const QString tmp = toolFilePaths::withoutExtension(dstFilePath) + "-tmp.wav";
     soxUt_runSox(soxArgs::clusterShape(source, tmp, startSec, endSec, fadeInSecs, fadeOutSecs, normalize,
                                        gain, frequency, nChannels, bitsPerSample));
     soxUt_runSox(soxArgs::clusterPad(tmp, dstFilePath, silenceDuration));
     fu_deleteFile(tmp);
+}
+
+void soxUt_createLoopCluster(const QString& srcFilePath, double silenceDuration, double startSec,
+                             double length, int repeats, double fadeOutSecs, const QString& dstFilePath,
+                             double gain, std::optional<int> frequency, std::optional<int> nChannels,
+                             std::optional<int> bitsPerSample) {
+    qxLog("soxUt_createLoopCluster: " + srcFilePath + " x" + QString::number(repeats) + " -> " + dstFilePath);
+    fu_deleteFile(dstFilePath);
+    soxUt_runSox(soxArgs::loopCluster(clusterSource(srcFilePath), repeats, startSec, length, silenceDuration,
+                                      gain, fadeOutSecs, dstFilePath, frequency, nChannels, bitsPerSample));
 }
 
 void soxUt_clusterGate(const QString& srcFilePath, const QString& dstFilePath, double fadeInTime,

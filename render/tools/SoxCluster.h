@@ -21,6 +21,14 @@ void soxUt_createCluster(const QString& srcFilePath, double silenceDuration, dou
                          std::optional<int> nChannels = std::nullopt,
                          std::optional<int> bitsPerSample = std::nullopt);
 
+// A looping music span in one sound-tool run: `length` seconds from startSec, the source repeated
+// `repeats` times to cover them, then gain, leading silence and a fade-out over its last fadeOutSecs.
+// The same sound as clusters of each pass concatenated, without a file per pass.
+void soxUt_createLoopCluster(const QString& srcFilePath, double silenceDuration, double startSec,
+                             double length, int repeats, double fadeOutSecs, const QString& dstFilePath,
+                             double gain, std::optional<int> frequency, std::optional<int> nChannels,
+                             std::optional<int> bitsPerSample);
+
 // The source with everything outside the clusters turned to silence, each cluster faded in and out.
 // With removePauses no gap is longer than pauseMaxLength. An empty list copies the source. prog may be
 // null.

@@ -153,6 +153,21 @@ QStringList clusterShape(const QString& src, const QString& tmp, double startSec
     return out;
 }
 
+QStringList loopCluster(const QString& src, int repeats, double startSec, double length,
+                        double silenceDuration, double gain, double fadeOutSecs, const QString& dst,
+                        std::optional<int> frequency, std::optional<int> nChannels,
+                        std::optional<int> bitsPerSample) {
+    QStringList out{"-V0"};
+    for (int n = 0; n < std::max(repeats, 1); ++n)
+        out << forTool(src);
+    out << formatFlags(frequency, nChannels, bitsPerSample) << forTool(dst);
+    out << "trim" << num(startSec) << num(length);
+    if (gain != 0.0) out << "gain" << num(std::clamp(gain, -40.0, 20.0));
+    if (silenceDuration > 0.01) out << "pad" << num(silenceDuration);
+    out << "fade" << num(0.0) << "0" << num(fadeOutSecs);
+    return out;
+}
+
 QStringList clusterPad(const QString& tmp, const QString& dst, double silenceDuration) {
     QStringList out{forTool(tmp), forTool(dst)};
     if (silenceDuration > 0.01) out << "pad" << num(silenceDuration);
@@ -259,6 +274,13 @@ QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std:
     return out;
 }
 
+QStringList encodeMp3Filtered(const QString& src, const QString& dst, int kbitrate, const QString& filter) {
+    QStringList out{"-i", forTool(src)};
+    if (!filter.isEmpty()) out << "-af" << filter;
+    out << "-b:a" << QString::number(kbitrate) + "k" << forTool(dst);
+    return out;
+}
+
 QStringList describe(const QString& path) {
     return {"-i", forTool(path)};
 }
@@ -270,7 +292,7 @@ QStringList decodeToFloatWav(const QString& src, const QString& dst) {
 
 QStringList appendMetadata(const QString& tmp, const QString& metadata, const QString& dst) {
     QStringList out{"-i", forTool(tmp), "-i", forTool(metadata), "-map_metadata", "1", "-c:a", "copy"};
-    out += QStringList{"-id3v2_version", "3", "-write_id3v1", "1", forTool(dst)};
+    out += QStringList{"-id3v2_version", "3", "-write_id3v1", "0", forTool(dst)};
     return out;
 }
 

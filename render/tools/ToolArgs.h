@@ -41,6 +41,12 @@ QStringList clusterShape(const QString& src, const QString& tmp, double startSec
                          double fadeInSecs, double fadeOutSecs, bool normalize, double gain,
                          std::optional<int> frequency, std::optional<int> nChannels,
                          std::optional<int> bitsPerSample);
+// A looping span in one run: the source `repeats` times end to end, trimmed from startSec for
+// `length` seconds, gained, preceded by its silence (above 0.01 s) and faded out over its end.
+QStringList loopCluster(const QString& src, int repeats, double startSec, double length,
+                        double silenceDuration, double gain, double fadeOutSecs, const QString& dst,
+                        std::optional<int> frequency, std::optional<int> nChannels,
+                        std::optional<int> bitsPerSample);
 // Leading silence only above 0.01 s; otherwise a plain copy.
 QStringList clusterPad(const QString& tmp, const QString& dst, double silenceDuration);
 QStringList bandPass(const QString& src, const QString& dst, double lowFreqCut, double hiFreqCut,
@@ -77,12 +83,15 @@ QStringList decodeToWav(const QString& src, const QString& dst, int nChannels, i
 QStringList encodeAAC(const QString& src, const QString& dst, int bitrate);
 // No -y: an existing destination is left alone (the question it asks reads end of file).
 QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std::optional<int> channels);
+// The encode with an audio filter chain in front of the encoder ("" for none).
+QStringList encodeMp3Filtered(const QString& src, const QString& dst, int kbitrate, const QString& filter);
 // The stream description (with a broadcast WAV's time_reference), printed on standard error.
 QStringList describe(const QString& path);
 // First audio stream to 32-bit float WAV (RF64 past 4 GB). "file:" keeps a name that starts with "-"
 // from reading as an option.
 QStringList decodeToFloatWav(const QString& src, const QString& dst);
-// Copies the audio of tmp and takes every tag and chapter from the FFMETADATA1 file; ID3v2.3 and v1.
+// Copies the audio of tmp and takes every tag and chapter from the FFMETADATA1 file; ID3v2.3 only:
+// ffmpeg would write ID3v1 as raw UTF-8 cut at 30 bytes, which ID3v1 readers show garbled.
 QStringList appendMetadata(const QString& tmp, const QString& metadata, const QString& dst);
 
 } // namespace ffArgs

@@ -3,9 +3,11 @@
 #include "../recording/AudioFileMaker.h"
 #include "dsp/AUAudio.h"
 #include "dsp/Levels.h"
+#include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeList.h"
 
 #include <QFile>
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace {
@@ -45,7 +47,7 @@ TEST(AUAudioConvolutionEnvelope, LinearInAmplitudeBetweenPoints) {
     EXPECT_TRUE(AUAudioConvolution::convolutionMonoV2(V{}, 8, {{0.0, 0}}).empty());
 }
 
-TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeAndTheHalvesRemoved) {
+TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeInOneFile) {
     AudioFileMaker make;
     const QString src = make.path("src.wav");
     AUAudio::saveStereoArrayIntoAudioFile16(V(44100, 0.5f), V(44100, -0.25f), 44100, src);
@@ -65,4 +67,33 @@ TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeAndTheHalvesRemoved) {
     // A file that cannot be read leaves no destination.
     AUAudioConvolution::convolution(make.path("nothing.wav"), make.path("none.wav"), kfs);
     EXPECT_FALSE(QFile::exists(make.path("none.wav")));
+}
+
+// The streamed, one-pass file envelope gives exactly the samples of the whole-array envelope of each
+// channel, across slice boundaries, with points before 0, between slices and past the end.
+TEST(AUAudioConvolutionFile, SliceBySliceEqualsTheWholeArrayEnvelope) {
+    AudioFileMaker make;
+    constexpr int64_t kFrames = 200001; // a little over three slices
+    for (const int channels : {1, 2}) {
+        const QString src =
+            make.floatWav("src" + QString::number(channels) + ".wav", 44100, channels, kFrames,
+                          [](int64_t i, int c) { return std::sin(0.01f * i + c) * 0.8f; });
+        auto kfs = std::make_shared<AEKeyframeList>();
+        for (const auto& [time, db] : std::vector<std::pair<double, double>>{
+                 {-0.5, -30}, {0.3, -12}, {1.4861, 3}, {2.0, -60}, {4.4, 0}, {9.0, -6}})
+            kfs->setKeyframe(time, db);
+        const QString dst = make.path("dst" + QString::number(channels) + ".wav");
+        AUAudioConvolution::convolution(src, dst, kfs);
+
+        std::vector<P> points;
+        for (const auto& kf : kfs->keyframes)
+            points.push_back({kf->time, kf->value});
+        const StereoFloat in = AUAudio::readFileIntoStereoFloat(src);
+        const StereoFloat out = AUAudio::readFileIntoStereoFloat(dst);
+        const V left = AUAudioConvolution::convolutionMonoV2(in.l, 44100, points);
+        EXPECT_EQ(out.l, left) << channels << " channels";
+        if (channels == 2) {
+            EXPECT_EQ(out.r, AUAudioConvolution::convolutionMonoV2(in.r, 44100, points));
+        }
+    }
 }

@@ -103,7 +103,7 @@ TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
     ASSERT_TRUE(exportDone(bare, chapteredTimeline(), episode, nullptr));
     read = readTags(bare);
     EXPECT_TRUE(read.pictures.empty()) << "no empty picture frame";
-    EXPECT_EQ(read.lyrics, QStringList{episode->notes + "\n\n"});
+    EXPECT_EQ(read.lyrics, QStringList{episode->notes}) << "no trailing blank line without show notes";
 }
 
 TEST_F(ExportDoneTest, ANonMp3IsReportedAndLeftAlone) {

@@ -51,7 +51,7 @@ TEST_F(Mp3Settings, LoadSaveAndExpectedSize) {
 TEST(Mp3Args, ExactVectors) {
     EXPECT_EQ(ffArgs::appendMetadata("/a/x_temp.mp3", "/a/metadata.txt", "/a/x.mp3"),
               (QStringList{"-i", "/a/x_temp.mp3", "-i", "/a/metadata.txt", "-map_metadata", "1", "-c:a",
-                           "copy", "-id3v2_version", "3", "-write_id3v1", "1", "/a/x.mp3"}));
+                           "copy", "-id3v2_version", "3", "-write_id3v1", "0", "/a/x.mp3"}));
     EXPECT_EQ(kid3Args::convertToID3("/a/x.mp3"),
               (QStringList{"-c", "filter 'ID3v2.4.0 Tag'", "-c", "select all", "-c", "to23", "-c",
                            "set arranger ''", "/a/x.mp3"}));

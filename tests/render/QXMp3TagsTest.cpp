@@ -33,8 +33,9 @@ TEST(QXMp3TagsText, ChaptersAreSortedAndEndJustBeforeTheNext) {
          0.0f,
          "[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=12290\ntitle=Intro\n"
          "[CHAPTER]\nTIMEBASE=1/1000\nSTART=12300\nEND=0\ntitle=Talk\n"},
-        // Milliseconds are truncated, not rounded.
-        {{{1.0006f, "A"}}, 2.9999f, "[CHAPTER]\nTIMEBASE=1/1000\nSTART=1000\nEND=2999\ntitle=A\n"},
+        // Milliseconds are rounded to the nearest (a truncation starts 2.001 s at 2000 ms).
+        {{{1.0006f, "A"}}, 2.9994f, "[CHAPTER]\nTIMEBASE=1/1000\nSTART=1001\nEND=2999\ntitle=A\n"},
+        {{{2.001f, "B"}}, 3.0f, "[CHAPTER]\nTIMEBASE=1/1000\nSTART=2001\nEND=3000\ntitle=B\n"},
     };
     for (const Case& c : cases) {
         QXMp3Tags tags(std::nullopt, c.duration);

@@ -230,6 +230,9 @@ public:
     void paste(double at);
     void cut();
     void newVolumeKeyframe(std::optional<double> t, int64_t lane, bool doUndoCallback = true);
+    // A dip of the envelope's own shape (duckPrefs) over the selected range of the item under it,
+    // when the range lies in one item. Its points are not flagged, so automatic ducking keeps them.
+    void autoDuckSelection(bool doUndoCallback = true);
 
     // Markers.
     std::vector<std::shared_ptr<AEMarker>> getMarkerList() const;

@@ -4,7 +4,9 @@
 #include "foundation/Log.h"
 #include "playback/RPlayer.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDucking.h"
 #include "project/model/AEBGMSettings.h"
+#include "timeline/model/AEDucking.h"
 #include "timeline/model/AEKeyframeList.h"
 #include "timeline/model/AEKeyframeView.h"
 #include "timeline/model/DragAreaView.h"
@@ -195,6 +197,13 @@ void AETimeLineItem::deleteMarker(const AEMarker& marker) {
     }
     auto& own = asset->markers;
     if (auto found = std::find_if(own.begin(), own.end(), sameId); found != own.end()) own.erase(found);
+}
+
+std::optional<QXOnOffList> AETimeLineItem::getOnOffClusters() const {
+    if (!asset || !asset->assetDucking) return std::nullopt;
+    const auto analysis = asset->assetDucking->duckingClusters();
+    if (!analysis) return std::nullopt;
+    return AEDucking::clustersInTimeline(*analysis, inTime, range);
 }
 
 void AETimeLineItem::setFadeOutKFs() {

@@ -3,6 +3,7 @@
 // the gapless main lane; other lanes hold attached items at absolute times. The item maps its two
 // time axes: asset time = timeline time − inTime + range.i.
 
+#include "dsp/QXOnOffList.h"
 #include "foundation/KeyedArchive.h"
 #include "project/model/AEMarker.h"
 #include "timeline/model/AETimeRange.h"
@@ -64,6 +65,8 @@ public:
     std::shared_ptr<AEKeyframeList> globalKFS;
     std::shared_ptr<AEKeyframeView> kfView;
     bool ducked = false;
+    // The latest ducking job started for this item; older ones are dropped. Main thread, not archived.
+    uint64_t duckSerial = 0;
     std::optional<QRectF> plotDstRect;
     std::optional<QImage> plotImage;
     bool modified = false;
@@ -104,6 +107,10 @@ public:
     // Markers of the item and of its asset that lie in the played range, as copies in timeline time.
     std::vector<std::shared_ptr<AEMarker>> getVisibleMarkers() const;
     void deleteMarker(const AEMarker& marker);
+
+    // The speech of the asset's analysis inside the item's range, placed at the item's time on the
+    // timeline; nothing while the asset has no analysis.
+    std::optional<QXOnOffList> getOnOffClusters() const;
 
     // Edge handles: the step is in asset seconds; the range stays within the asset. The main lane
     // closes up behind, attached items stay where they are.

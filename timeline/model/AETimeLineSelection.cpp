@@ -260,3 +260,18 @@ void AETimeLine::newVolumeKeyframe(std::optional<double> t, int64_t lane, bool d
     item->volumeKFs->setKeyframe(assetTime, item->volumeKFs->getValue(assetTime));
     mustDraw = true;
 }
+
+void AETimeLine::autoDuckSelection(bool doUndoCallback) {
+    callUndo(doUndoCallback);
+    const AETimeRange r = drag->getRange();
+    const auto at = [&](double t) {
+        return drag->lane == 0 ? getItemAtTime(t) : getAttachedItem(t, drag->lane);
+    };
+    const auto a = at(r.i);
+    const auto b = at(r.o);
+    if (!a || !b || a->id != b->id) return;
+    a->volumeKFs->duck(AETimeRange(a->globalTimeToAssetTime(r.i), a->globalTimeToAssetTime(r.o)));
+    // The applied envelope of music also holds its fade-out.
+    a->updateGlobalKFs();
+    mustDraw = true;
+}

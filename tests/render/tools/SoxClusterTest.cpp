@@ -3,6 +3,7 @@
 #include "render/tools/SoxCluster.h"
 
 #include "foundation/Prog.h"
+#include "render/tools/SoxEdit.h"
 #include "render/tools/ToolFixture.h"
 #include "support/EventWait.h"
 
@@ -132,4 +133,32 @@ TEST_F(SoxUtClusterTest, GateCanShortenPauses) {
     EXPECT_NEAR(out.peak(0, 0.25, 0.65), 1.0, 0.01); // each cluster normalized
     EXPECT_LT(out.peak(0, 0.71, 0.89), quiet);
     EXPECT_NEAR(out.peak(0, 0.95, 1.35), 1.0, 0.01);
+}
+
+// One run over the repeated source makes the sound the former way made from a cluster per pass and
+// their concatenation (kept here as the reference), within the dither of the gain.
+TEST_F(SoxUtClusterTest, LoopInOneRunSoundsAsClustersPerPassConcatenated) {
+    const QString src = tone("bed.wav", 1.3, 330.0, 44100, 2, 0.6);
+    // From 0.2 s in the asset, 4.1 s: 1.1 + 1.3 + 1.3 + 0.4, after 0.75 s of silence, faded over 0.5 s.
+    const double gain = -3.0;
+    QStringList pieces;
+    const auto piece = [&](double silence, double from, double to) {
+        pieces << path("piece" + QString::number(pieces.size()) + ".wav");
+        soxUt_createCluster(src, silence, from, to, 0, 0, pieces.back(), false, gain, 44100, 2, 16);
+    };
+    piece(0.75, 0.2, 1.3);
+    piece(0, 0, 1.3);
+    piece(0, 0, 1.3);
+    piece(0, 0, 0.4);
+    soxUt_concatenate(pieces, path("former.wav"), 44100, 2, 16, 0, 0.5);
+    soxUt_createLoopCluster(src, 0.75, 0.2, 4.1, 4, 0.5, path("one.wav"), gain, 44100, 2, 16);
+
+    const Decoded former = decode(path("former.wav"));
+    const Decoded one = decode(path("one.wav"));
+    ASSERT_EQ(one.frames, former.frames);
+    double worst = 0;
+    for (size_t i = 0; i < one.samples.size(); ++i)
+        worst = std::max(worst, static_cast<double>(std::fabs(one.samples[i] - former.samples[i])));
+    EXPECT_LE(worst, 3.0 / 32768) << "only the dither differs";
+    EXPECT_NEAR(one.seconds(), 4.85, 1e-3);
 }

@@ -95,6 +95,13 @@ TEST(SoxUtArgsTest, ClusterShapeBoundsGainAndPadsAboveOneHundredth) {
 
     EXPECT_EQ(soxArgs::clusterPad("/t.wav", b, 0.01), L({"/t.wav", b}));
     EXPECT_EQ(soxArgs::clusterPad("/t.wav", b, 0.02), L({"/t.wav", b, "pad", "0.02"}));
+
+    EXPECT_EQ(soxArgs::loopCluster(a, 3, 0.5, 7.25, 2.0, -3.5, 1.5, b, 44100, 2, 16),
+              L({"-V0",  a,     a,      a,      "-b",   "16",  "-c",  "2",    "-r",  "44100", b,
+                 "trim", "0.5", "7.25", "gain", "-3.5", "pad", "2.0", "fade", "0.0", "0",     "1.5"}));
+    EXPECT_EQ(
+        soxArgs::loopCluster(a, 1, 0.0, 1.0, 0.01, 0.0, 0.0, b, std::nullopt, std::nullopt, std::nullopt),
+        L({"-V0", a, b, "trim", "0.0", "1.0", "fade", "0.0", "0", "0.0"}));
 }
 
 TEST(SoxUtArgsTest, FilterChains) {
@@ -143,6 +150,9 @@ TEST(SoxUtArgsTest, FFmpegVectors) {
                                                          "-c:a", "aac", "-b:a", "128000", "/o.m4a"}));
     EXPECT_EQ(ffArgs::encodeMp3(a, "/o.mp3", 64, std::nullopt), L({"-i", a, "-b:a", "64k", "/o.mp3"}));
     EXPECT_EQ(ffArgs::encodeMp3(a, "/o.mp3", 128, 1), L({"-i", a, "-b:a", "128k", "-ac", "1", "/o.mp3"}));
+    EXPECT_EQ(ffArgs::encodeMp3Filtered(a, "/o.mp3", 128, "volume=2dB"),
+              L({"-i", a, "-af", "volume=2dB", "-b:a", "128k", "/o.mp3"}));
+    EXPECT_EQ(ffArgs::encodeMp3Filtered(a, "/o.mp3", 128, ""), L({"-i", a, "-b:a", "128k", "/o.mp3"}));
     EXPECT_EQ(ffArgs::describe(a), L({"-i", a}));
     EXPECT_EQ(ffArgs::decodeToFloatWav("-in.m4a", b),
               L({"-nostdin", "-v", "error", "-i", "file:-in.m4a", "-map", "0:a:0", "-c:a", "pcm_f32le",

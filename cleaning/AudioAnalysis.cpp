@@ -1,8 +1,9 @@
-#include "dsp/AudioAnalysis.h"
+#include "cleaning/AudioAnalysis.h"
 
 #include "dsp/Levels.h"
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
+#include "recording/WorkingFormat.h"
 #include "render/tools/SoxConvert.h"
 
 #include <QFile>

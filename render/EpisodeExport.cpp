@@ -1,0 +1,207 @@
+#include "render/EpisodeExport.h"
+
+#include "foundation/FileUtils.h"
+#include "foundation/Log.h"
+#include "project/model/AEAsset.h"
+#include "project/model/AEEpisode.h"
+#include "project/model/AEShow.h"
+#include "render/ChapterFiles.h"
+#include "render/ExportDone.h"
+#include "render/Mp3.h"
+#include "render/SoXer.h"
+#include "render/tools/ToolPaths.h"
+#include "timeline/model/AETimeLine.h"
+#include "timeline/model/AETimeLineItem.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int kRate = 44100;
+constexpr int kBits = 16;
+
+// Shares of the whole bar: the render is most of the work.
+constexpr double kRenderShare = 50;
+// LU off target above which an MP3 is encoded again.
+constexpr double kRetryAbove = 0.3;
+
+QStringList missingSources(const AETimeLine& timeline) {
+    QStringList missing;
+    for (const auto* items : {&timeline.mainLane, &timeline.attachedItems})
+        for (const auto& item : *items) {
+            const auto& asset = item->asset;
+            if (!asset || asset->type == AEAssetType::silence) continue;
+            const QString path = asset->getUsableFilePath().value_or(asset->originalFilePath);
+            if (!QFileInfo(path).isFile() && !missing.contains(path)) missing << path;
+        }
+    return missing;
+}
+
+double timedSeconds(const QElapsedTimer& clock) {
+    return static_cast<double>(clock.nsecsElapsed()) / 1e9;
+}
+
+} // namespace
+
+// The scratch folder beside the destination, so the mix and the result share one volume.
+struct ExportScratch {
+    explicit ExportScratch(const QString& destFolder) : dir(destFolder + "/.zendrel-export-XXXXXX") {}
+    QTemporaryDir dir;
+};
+
+ExportOptions EpisodeExport::defaultOptions(const QString& destPath, int channels) {
+    ExportOptions options;
+    options.destPath = destPath;
+    options.loudness = loudness_settings(QFileInfo(destPath).suffix().toLower() == "mp3", channels);
+    return options;
+}
+
+std::shared_ptr<EpisodeExport> EpisodeExport::make(const std::shared_ptr<AETimeLine>& timeline,
+                                                   const std::shared_ptr<AEEpisode>& episode,
+                                                   const std::shared_ptr<AEShow>& show,
+                                                   const ExportOptions& options, Progress progress) {
+    std::shared_ptr<EpisodeExport> out(new EpisodeExport());
+    out->options_ = options;
+    out->progress_ = std::move(progress);
+    out->episode_ = episode;
+    out->show_ = show;
+    out->mp3_ = QFileInfo(options.destPath).suffix().toLower() == "mp3";
+    out->channels_ = episode ? static_cast<int>(episode->nChannels) : 2;
+    out->missing_ = missingSources(*timeline);
+    out->scratch_ = std::make_shared<ExportScratch>(QFileInfo(options.destPath).absolutePath());
+    if (out->scratch_->dir.isValid()) {
+        std::weak_ptr<EpisodeExport> weak = out;
+        out->soxer_ = SoXer::make(out->scratch_->dir.filePath("mix.wav"), kRate, out->channels_, kBits,
+                                  timeline, {}, {}, {}, [weak](double percent) {
+                                      if (auto self = weak.lock())
+                                          self->report("Rendering", percent * kRenderShare / 100.0);
+                                  });
+        out->timeline_ = out->soxer_->timeline;
+        // The duplicate's item list, which the chapter markers are read from, is gathered here.
+        out->timeline_->getCollectedItems();
+        out->chapters_ = exportChapters(out->timeline_);
+    }
+    return out;
+}
+
+void EpisodeExport::report(const QString& phase, double percent) const {
+    if (progress_) progress_(phase, std::clamp(percent, 0.0, 100.0));
+}
+
+ExportOutcome EpisodeExport::perform() {
+    ExportOutcome outcome;
+    const auto fail = [&outcome](const QString& error) {
+        qxLog("EpisodeExport: " + error);
+        outcome.error = error;
+        return outcome;
+    };
+    const QString dest = options_.destPath;
+    const QString folder = QFileInfo(dest).absolutePath();
+    if (!soxer_) return fail("cannot write in " + folder);
+    stageTimes = {};
+    QElapsedTimer clock;
+    clock.start();
+
+    report("Rendering", 0);
+    if (!soxer_->perform()) return fail("the mix could not be rendered");
+    QString source = soxer_->destPath;
+    stageTimes.render = timedSeconds(clock);
+
+    QString filter;
+    if (options_.loudness.normalise) {
+        clock.restart();
+        report("Measuring", kRenderShare);
+        const auto measured = loudness_measure(source);
+        if (!measured) return fail("cannot measure the loudness of the mix");
+        gain_ = loudness_gainTo(*measured, options_.loudness.target);
+        filter = loudness_filter(gain_, options_.loudness.truePeakCeiling, kRate);
+        stageTimes.measure = timedSeconds(clock);
+    }
+
+    if (mp3_) {
+        // The gain and the limiter run inside the encoder's own read of the mix.
+        const QString error = deliverMp3(source, filter);
+        if (!error.isEmpty()) return fail(error);
+    } else {
+        clock.restart();
+        if (!filter.isEmpty()) {
+            report("Normalising", kRenderShare + 10);
+            const QString normalised = scratch_->dir.filePath("normalised.wav");
+            soxUt_runFFMpeg(
+                loudness_normaliseArgs(source, normalised, gain_, options_.loudness.truePeakCeiling, kRate));
+            if (!fu_fileExists(normalised)) return fail("the loudness could not be normalised");
+            source = normalised;
+        }
+        if (QFileInfo::exists(dest) && !QFile::remove(dest)) return fail("cannot replace " + dest);
+        if (!QFile::rename(source, dest)) return fail("cannot write " + dest);
+        stageTimes.normalise = timedSeconds(clock);
+    }
+
+    clock.restart();
+    report("Checking", 95);
+    const int bitRate = mp3_ ? Mp3::encodingSettings().bitrate : kRate * channels_ * kBits / 1000;
+    auto read = exportReport_read(dest, bitRate, static_cast<int>(chapters_.size()), options_.loudness,
+                                  options_.loudness.normalise, gain_);
+    if (!read) return fail("cannot read back " + dest);
+    // The encoder's low-pass takes some loudness with it (most with bright material): when the file
+    // misses the target and has the headroom, it is made once more with the gain corrected.
+    const double missed = options_.loudness.target - read->integratedLoudness;
+    // Not when the limiter holds it down: more gain would only be limited away.
+    const bool room = read->truePeak + missed <= options_.loudness.truePeakCeiling;
+    if (mp3_ && options_.loudness.normalise && std::isfinite(missed) && std::fabs(missed) > kRetryAbove &&
+        room) {
+        gain_ += missed;
+        // The encoder's last step will not overwrite a file.
+        if (!QFile::remove(dest)) return fail("cannot replace " + dest);
+        const QString error =
+            deliverMp3(source, loudness_filter(gain_, options_.loudness.truePeakCeiling, kRate));
+        if (!error.isEmpty()) return fail(error);
+        read = exportReport_read(dest, bitRate, static_cast<int>(chapters_.size()), options_.loudness, true,
+                                 gain_);
+        if (!read) return fail("cannot read back " + dest);
+    }
+    outcome.report = *read;
+    const QString sideError = writeSideFiles(outcome.report);
+    if (!sideError.isEmpty()) return fail(sideError);
+    stageTimes.check = timedSeconds(clock);
+    report("Done", 100);
+    outcome.done = true;
+    return outcome;
+}
+
+QString EpisodeExport::deliverMp3(const QString& source, const QString& filter) {
+    QElapsedTimer clock;
+    clock.start();
+    report("Encoding", 70);
+    const QString dest = options_.destPath;
+    const QString title = episode_ ? episode_->title : QString();
+    const QString notes =
+        episode_ ? exportNotes(episode_->notes, show_ ? show_->notes : QString()) : QString();
+    if (!Mp3::encodeWithTags(source, dest, title, QString(), notes, chapters_, filter))
+        return "cannot write " + dest;
+    stageTimes.encode = timedSeconds(clock);
+    clock.restart();
+    report("Tagging", 90);
+    // The picture, the notes and ID3v2.3 go in place; without an episode the encoder's tags stand.
+    if (episode_ && !exportDone(dest, timeline_, episode_, show_)) return "cannot write the tags of " + dest;
+    stageTimes.tag = timedSeconds(clock);
+    return {};
+}
+
+QString EpisodeExport::writeSideFiles(const ExportReport& report) const {
+    if (!options_.reportPath.isEmpty() && !report.write(options_.reportPath))
+        return "cannot write the report " + options_.reportPath;
+    const auto entries = chapters_entries(chapters_);
+    if (!options_.chaptersJsonPath.isEmpty() &&
+        !chapters_write(options_.chaptersJsonPath, chapters_podcastJson(entries)))
+        return "cannot write the chapters file " + options_.chaptersJsonPath;
+    if (!options_.podloveChaptersPath.isEmpty() &&
+        !chapters_write(options_.podloveChaptersPath, chapters_podloveXml(entries)))
+        return "cannot write the chapters file " + options_.podloveChaptersPath;
+    return {};
+}

@@ -1,0 +1,122 @@
+#include "render/Loudness.h"
+
+#include "dsp/SndFile.h"
+#include "foundation/Prefs.h"
+#include "render/tools/ToolFilePaths.h"
+
+#include <cmath>
+#include <ebur128.h>
+#include <memory>
+#include <vector>
+
+namespace {
+
+QString kindKey(bool mp3) {
+    return mp3 ? "Export.normaliseLoudnessMp3" : "Export.normaliseLoudnessWav";
+}
+
+QString targetKey(int channels) {
+    return channels == 1 ? "Export.loudnessTargetMono" : "Export.loudnessTargetStereo";
+}
+
+const QString kCeilingKey = "Export.truePeakCeiling";
+
+struct MeterCloser {
+    void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
+};
+
+// The limiter sees the signal at this multiple of its rate, where inter-sample peaks have become samples.
+constexpr int kOversampling = 4;
+
+} // namespace
+
+LoudnessSettings loudness_defaults(bool mp3, int channels) {
+    LoudnessSettings settings;
+    settings.normalise = mp3;
+    settings.target = channels == 1 ? -19.0 : -16.0;
+    settings.truePeakCeiling = -1.0;
+    return settings;
+}
+
+LoudnessSettings loudness_settings(bool mp3, int channels) {
+    LoudnessSettings settings = loudness_defaults(mp3, channels);
+    settings.normalise = prefs_getValueBool(kindKey(mp3), settings.normalise);
+    settings.target = prefs_getValueDouble(targetKey(channels), settings.target);
+    settings.truePeakCeiling = prefs_getValueDouble(kCeilingKey, settings.truePeakCeiling);
+    return settings;
+}
+
+void loudness_saveSettings(bool mp3, int channels, const LoudnessSettings& settings) {
+    prefs_setValueBool(kindKey(mp3), settings.normalise);
+    prefs_setValueDouble(targetKey(channels), settings.target);
+    prefs_setValueDouble(kCeilingKey, settings.truePeakCeiling);
+}
+
+std::optional<LoudnessMeasure> loudness_measure(const QString& path) {
+    SndFile file(path);
+    if (!file.isOpen() || file.channels() < 1 || file.sampleRate() < 1) return std::nullopt;
+    const auto channels = static_cast<unsigned>(file.channels());
+    std::unique_ptr<ebur128_state, MeterCloser> meter(
+        ebur128_init(channels, static_cast<unsigned long>(file.sampleRate()),
+                     EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK));
+    if (!meter) return std::nullopt;
+    // A mono file is heard on both speakers: BS.1770 counts it as one channel, which is why the mono
+    // target is 3 dB lower.
+    constexpr int64_t kBlock = 65536;
+    std::vector<float> buffer(static_cast<size_t>(kBlock) * channels);
+    int64_t total = 0;
+    for (;;) {
+        const int64_t got = file.readFrames(buffer.data(), kBlock);
+        if (got <= 0) break;
+        ebur128_add_frames_float(meter.get(), buffer.data(), static_cast<size_t>(got));
+        total += got;
+    }
+    if (total == 0) return std::nullopt;
+    LoudnessMeasure out;
+    ebur128_loudness_global(meter.get(), &out.integrated);
+    ebur128_loudness_range(meter.get(), &out.range);
+    double peak = 0;
+    for (unsigned c = 0; c < channels; ++c) {
+        double channelPeak = 0;
+        ebur128_true_peak(meter.get(), c, &channelPeak);
+        peak = std::max(peak, channelPeak);
+    }
+    out.truePeak = peak > 0 ? 20.0 * std::log10(peak) : -INFINITY;
+    out.seconds = static_cast<double>(total) / file.sampleRate();
+    return out;
+}
+
+double loudness_gainTo(const LoudnessMeasure& measured, double target) {
+    return std::isfinite(measured.integrated) ? target - measured.integrated : 0.0;
+}
+
+QString loudness_filter(double gainDb, double truePeakCeiling, int rate) {
+    const double limit = std::pow(10.0, truePeakCeiling / 20.0);
+    // level=disabled: alimiter would otherwise lift its output back up to the limit.
+    return QString("volume=%1dB,aresample=%2,alimiter=limit=%3:attack=5:release=50:level=disabled,"
+                   "aresample=%4")
+        .arg(gainDb, 0, 'f', 3)
+        .arg(rate * kOversampling)
+        .arg(limit, 0, 'f', 6)
+        .arg(rate);
+}
+
+QStringList loudness_normaliseArgs(const QString& src, const QString& dst, double gainDb,
+                                   double truePeakCeiling, int rate) {
+    return {"-y",
+            "-nostdin",
+            "-loglevel",
+            "error",
+            "-i",
+            toolFilePaths::forTool(src),
+            "-af",
+            loudness_filter(gainDb, truePeakCeiling, rate),
+            "-c:a",
+            "pcm_s16le",
+            toolFilePaths::forTool(dst)};
+}
+
+bool loudness_meets(const LoudnessMeasure& measured, const LoudnessSettings& settings) {
+    return std::fabs(measured.integrated - settings.target) <= 0.5 &&
+           measured.truePeak <= settings.truePeakCeiling + 0.1;
+}
