@@ -69,7 +69,7 @@ TEST(ProcessRunner, KillsAProgramPastItsTimeoutOrWhenCancelled) {
 }
 
 TEST(ProcessRunner, AMissingProgramDoesNotStart) {
-    const ProcessResult result = runProcess(ProcessRequest{.program = "/nonexistent/tool"});
+    const ProcessResult result = runProcess(ProcessRequest{.program = "/nonexistent/tool", .arguments = {}});
     EXPECT_FALSE(result.started);
     EXPECT_FALSE(result.finished);
     EXPECT_EQ(result.exitCode, -1);
