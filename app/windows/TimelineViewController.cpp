@@ -402,7 +402,7 @@ void TimelineViewController::installBrightwashHooks() {
     };
 }
 
-void TimelineViewController::episodeAssetsChanged(const std::vector<std::shared_ptr<AEAsset>>& assets) {
+void TimelineViewController::episodeAssetsChanged(std::vector<std::shared_ptr<AEAsset>> assets) {
     commands_.episodeAssets = assets;
     AEEpisodeAssetListVCGlobal = assets;
     AEEpisodeAssetListVCMustUpdate = false;

@@ -120,8 +120,8 @@ private:
     void openVolumeSlider(bool common, int row);
     QToolButton* recordButton();
     void installBrightwashHooks();
-    // The episode's list as shown, everywhere it is kept, and on screen.
-    void episodeAssetsChanged(const std::vector<std::shared_ptr<AEAsset>>& assets);
+    // The episode's list as shown (a copy: callers pass the episode's own), everywhere it is kept.
+    void episodeAssetsChanged(std::vector<std::shared_ptr<AEAsset>> assets);
 
     TimelineCommands commands_;
     std::shared_ptr<QXTimer> autoSaveTimer_;
