@@ -1,9 +1,9 @@
 #include "dsp/AUAudio.h"
 
-#include "../recording/AudioFileMaker.h"
 #include "dsp/ArrayUtils.h"
 #include "dsp/ProgressProtocol.h"
 #include "dsp/SndFile.h"
+#include "support/TestAudio.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ float staircase(int64_t i, int channel) {
 } // namespace
 
 TEST(AUAudioRead, ExactlyOneSliceReadsInOnePass) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString path = make.floatWav("slice.wav", 44100, 2, AUAudio::kSliceFrames, staircase);
     ProgressLog log;
     const auto values = AUAudio::readFileIntoFloatArray(path, &log);
@@ -37,7 +37,7 @@ TEST(AUAudioRead, ExactlyOneSliceReadsInOnePass) {
 }
 
 TEST(AUAudioRead, OneFrameMoreTakesASecondPassAndKeepsTheOrder) {
-    AudioFileMaker make;
+    TestAudio make;
     const int64_t frames = AUAudio::kSliceFrames + 1;
     const QString path = make.floatWav("slice1.wav", 44100, 3, frames, staircase);
     ProgressLog log;
@@ -50,7 +50,7 @@ TEST(AUAudioRead, OneFrameMoreTakesASecondPassAndKeepsTheOrder) {
 }
 
 TEST(AUAudioRead, OtherChannelsAndMissingOnes) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString path = make.floatWav("two.wav", 48000, 2, 1000, staircase);
     SndFile file(path);
     const auto right = AUAudio::progressiveReadIntoBuffer(file, 300, 1);
@@ -61,7 +61,7 @@ TEST(AUAudioRead, OtherChannelsAndMissingOnes) {
 }
 
 TEST(AUAudioSubsample, ReducesSliceBySliceWithASeamAtEachBoundary) {
-    AudioFileMaker make;
+    TestAudio make;
     const int64_t frames = AUAudio::kSliceFrames + 1000;
     const QString path = make.floatWav("long.wav", 44100, 1, frames, [](int64_t i, int) {
         return (i % 2 == 0 ? 1.0f : -1.0f) * static_cast<float>(i % 1000) / 1000.0f;

@@ -1,8 +1,8 @@
-#include "../recording/AudioFileMaker.h"
 #include "dsp/AUAudio.h"
 #include "dsp/Levels.h"
 #include "dsp/RawAudio.h"
 #include "dsp/SndFile.h"
+#include "support/TestAudio.h"
 
 #include <QFile>
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ V readInterleaved(const QString& path, int& channels, int& subFormat) {
 } // namespace
 
 TEST(AUAudioWrite, FloatKeepsValuesAndSixteenBitsClipsInsteadOfWrapping) {
-    AudioFileMaker make;
+    TestAudio make;
     const V values{0.0f, 0.25f, -0.5f, 1.5f, -2.0f};
     int channels = 0, sub = 0;
     AUAudio::saveArrayIntoAudioFile(values, 22050, 32, make.path("f.wav"));
@@ -39,7 +39,7 @@ TEST(AUAudioWrite, FloatKeepsValuesAndSixteenBitsClipsInsteadOfWrapping) {
 }
 
 TEST(AUAudioWrite, StereoSixteenBitsAndTheJoinedFloatHalves) {
-    AudioFileMaker make;
+    TestAudio make;
     const V l{0.5f, 0.25f, 0.0f}, r{-0.5f, -0.25f, 0.125f};
     int channels = 0, sub = 0;
     AUAudio::saveStereoArrayIntoAudioFile16(l, r, 44100, make.path("s16.wav"));
@@ -64,7 +64,7 @@ TEST(AUAudioWrite, AnUnwritablePathIsReportedNotThrown) {
 }
 
 TEST(AUAudioStereoRead, MonoGivesItsChannelTwiceAndMissingFilesNothing) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString mono = make.sine("m.wav", 44100, 1, 16, 0.1);
     const StereoFloat s = AUAudio::readFileIntoStereoFloat(mono);
     ASSERT_EQ(s.l.size(), 4410u);
@@ -73,7 +73,7 @@ TEST(AUAudioStereoRead, MonoGivesItsChannelTwiceAndMissingFilesNothing) {
 }
 
 TEST(RawAudio, HeaderIncludedAndLeftChannelOfStereo) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString path = make.path("raw.wav");
     AUAudio::saveStereoArrayIntoAudioFile16(V{0.5f, 0.25f}, V{-0.5f, -0.25f}, 44100, path);
     const auto all = readAudioFile(path, 1);

@@ -1,9 +1,9 @@
 #include "playback/RPlayer.h"
 
-#include "../recording/AudioFileMaker.h"
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "support/EventWait.h"
+#include "support/TestAudio.h"
 
 #include <chrono>
 #include <cmath>
@@ -32,7 +32,7 @@ protected:
         return sharedAudioEngine().renderOffline(static_cast<int64_t>(seconds * AudioEngine::kRate));
     }
 
-    AudioFileMaker make;
+    TestAudio make;
     // A sine at -6 dB of full scale peaks: RMS about -9 dB.
     QString tone = make.sine("tone.wav", 44100, 2, 16, 2.0, -6.0);
 };

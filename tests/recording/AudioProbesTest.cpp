@@ -1,6 +1,6 @@
 #include "recording/AudioProbes.h"
 
-#include "AudioFileMaker.h"
+#include "support/TestAudio.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -21,7 +21,7 @@ struct ProbeCase {
 class AudioProbesTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        make = std::make_unique<AudioFileMaker>();
+        make = std::make_unique<TestAudio>();
         make->sine("wav16.wav", 44100, 2, 16, 3.0);
         make->sine("wav24.wav", 48000, 1, 24, 2.0);
         make->sine("float32_6ch.wav", 22050, 6, 32, 1.5, -6.0, true);
@@ -38,9 +38,9 @@ protected:
     static void TearDownTestSuite() { make.reset(); }
     static QString path(const char* name) { return make->path(name); }
 
-    static std::unique_ptr<AudioFileMaker> make;
+    static std::unique_ptr<TestAudio> make;
 };
-std::unique_ptr<AudioFileMaker> AudioProbesTest::make;
+std::unique_ptr<TestAudio> AudioProbesTest::make;
 
 // Text between two markers, blanks stripped: how callers take the report apart.
 QString between(const QString& text, const QString& from, const QString& to) {
@@ -146,7 +146,7 @@ TEST_F(AudioProbesTest, CutFilesGiveTheirReadablePart) {
 }
 
 TEST_F(AudioProbesTest, ReadIsChannelZeroOnTheSixteenBitScale) {
-    AudioFileMaker local;
+    TestAudio local;
     const QString file =
         local.floatWav("half.wav", 8000, 2, 100, [](int64_t, int c) { return c == 0 ? 0.5f : -1.0f; });
     const auto samples = aUt_readFileIntoFloatArray(file);
@@ -179,7 +179,7 @@ TEST(AudioProbeText, FrequencyChannelsAndSampleNumbers) {
 
 // Facts are remembered per version of a file: rewritten in place, it is probed afresh.
 TEST(AudioProbeMemory, AFileRewrittenInPlaceIsProbedAgain) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString file = make.sine("rewritten.wav", 8000, 1, 16, 1.0);
     EXPECT_EQ(aUt_getAudioFrequency(file), 8000);
     ASSERT_TRUE(QFile::remove(file));

@@ -1,8 +1,8 @@
 #include "render/AUAudioConvolution.h"
 
-#include "../recording/AudioFileMaker.h"
 #include "dsp/AUAudio.h"
 #include "dsp/Levels.h"
+#include "support/TestAudio.h"
 #include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeList.h"
 
@@ -48,7 +48,7 @@ TEST(AUAudioConvolutionEnvelope, LinearInAmplitudeBetweenPoints) {
 }
 
 TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeInOneFile) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString src = make.path("src.wav");
     AUAudio::saveStereoArrayIntoAudioFile16(V(44100, 0.5f), V(44100, -0.25f), 44100, src);
     auto kfs = std::make_shared<AEKeyframeList>();
@@ -72,7 +72,7 @@ TEST(AUAudioConvolutionFile, StereoChannelsAreShapedAlikeInOneFile) {
 // The streamed, one-pass file envelope gives exactly the samples of the whole-array envelope of each
 // channel, across slice boundaries, with points before 0, between slices and past the end.
 TEST(AUAudioConvolutionFile, SliceBySliceEqualsTheWholeArrayEnvelope) {
-    AudioFileMaker make;
+    TestAudio make;
     constexpr int64_t kFrames = 200001; // a little over three slices
     for (const int channels : {1, 2}) {
         const QString src =

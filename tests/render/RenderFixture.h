@@ -3,12 +3,11 @@
 // installed sox, assets that point at them without starting an ingest, and the onsets of a rendered
 // file.
 
-#include "../render/tools/ToolFixture.h"
 #include "../timeline/model/TimelineFixture.h"
-#include "dsp/AUAudio.h"
 #include "foundation/Execution.h"
 #include "recording/AudioProbes.h"
 #include "render/SoXer.h"
+#include "render/tools/ToolFixture.h"
 #include "support/EventWait.h"
 
 #include <atomic>
@@ -23,22 +22,6 @@ protected:
         a->ingestedFilePath = file;
         a->ingested = true;
         return a;
-    }
-
-    // `seconds` long, a 2 ms burst of 1 kHz at its start, silence after.
-    QString click(const QString& name, double seconds, int channels = 1) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", {"-n", "-r", "44100", "-c", QString::number(channels), "-b", "16", out, "synth",
-                             "0.002", "sine", "1000", "pad", "0", QString::number(seconds - 0.002)});
-        return out;
-    }
-
-    // Every sample `value` (of full scale), 16-bit mono.
-    QString level(const QString& name, double seconds, float value) const {
-        const QString out = path(name);
-        AUAudio::saveArrayIntoAudioFile16(std::vector<float>(static_cast<size_t>(seconds * 44100), value),
-                                          44100, out);
-        return out;
     }
 
     // Seconds at which channel 0 first rises above `threshold` after at least 0.1 s below it.

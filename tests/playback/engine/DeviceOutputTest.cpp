@@ -1,12 +1,12 @@
 #include "playback/engine/DeviceOutput.h"
 
-#include "../../recording/AudioFileMaker.h"
 #include "../../timeline/model/TimelineFixture.h"
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "project/model/AEAsset.h"
 #include "support/EventWait.h"
 #include "support/PulseNullSink.h"
+#include "support/TestAudio.h"
 #include "timeline/model/AETimeLine.h"
 
 #include <QElapsedTimer>
@@ -246,7 +246,7 @@ TEST_F(DeviceOutputTest, ALostServerStopsTheOutputAndANewOutputPlaysOnceItIsBack
 }
 
 TEST_F(DeviceOutputTest, ATimelinePlaysThroughTheEngineToTheDevice) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString tone = make.run("/usr/bin/sox",
                                   {"-n", "-r", "44100", "-c", "1", "-b", "16", make.path("tone.wav"), "synth",
                                    "4", "sine", QString::number(kToneHz), "vol", "0.5012"},

@@ -1,7 +1,7 @@
 #include "playback/engine/StreamingFile.h"
 
-#include "../../recording/AudioFileMaker.h"
 #include "dsp/AUAudio.h"
+#include "support/TestAudio.h"
 
 #include <chrono>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 namespace {
 
 // Frame i holds i / 100000: every position can be told from its value.
-QString rampFile(AudioFileMaker& make, const QString& name, int64_t frames) {
+QString rampFile(TestAudio& make, const QString& name, int64_t frames) {
     std::vector<float> values(static_cast<size_t>(frames));
     for (size_t i = 0; i < values.size(); ++i)
         values[i] = static_cast<float>(i) / 100000.0f;
@@ -40,7 +40,7 @@ float at(int64_t frame) {
 } // namespace
 
 TEST(StreamingFile, PlaysFromItsStartToTheEndOnBothChannels) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString path = rampFile(make, "ramp.wav", 3 * 44100);
     auto file = StreamingFile::open(path, {1.0, std::nullopt, false});
     ASSERT_TRUE(file);
@@ -56,7 +56,7 @@ TEST(StreamingFile, PlaysFromItsStartToTheEndOnBothChannels) {
 }
 
 TEST(StreamingFile, LoopsBackToTheFileStartAtItsStop) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString path = rampFile(make, "loop.wav", 44100);
     auto file = StreamingFile::open(path, {0.25, 0.5, true});
     ASSERT_TRUE(file);
@@ -72,7 +72,7 @@ TEST(StreamingFile, LoopsBackToTheFileStartAtItsStop) {
 }
 
 TEST(StreamingFile, NothingToPlayGivesNoSource) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString path = rampFile(make, "short.wav", 1000);
     EXPECT_FALSE(StreamingFile::open(make.path("missing.wav"), {}));
     EXPECT_FALSE(StreamingFile::open(path, {1.0, std::nullopt, false})) << "a start past the end";
@@ -93,7 +93,7 @@ double frequencyOf(const std::vector<float>& stereo, int64_t frames) {
 } // namespace
 
 TEST(StreamingFile, FasterKeepsThePitchAndTheFilePosition) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString tone = make.sine("tone.wav", 44100, 1, 16, 6.0, -6.0);
     auto normal = StreamingFile::open(tone, {});
     auto faster = StreamingFile::open(tone, {0.0, std::nullopt, false, 1.5});
@@ -117,7 +117,7 @@ TEST(StreamingFile, FasterKeepsThePitchAndTheFilePosition) {
 }
 
 TEST(StreamingFile, AFileOfAnotherRateKeepsItsPitchAndLength) {
-    AudioFileMaker make;
+    TestAudio make;
     const QString tone = make.sine("tone48k.wav", 48000, 2, 16, 2.0, -6.0);
     auto file = StreamingFile::open(tone, {});
     ASSERT_TRUE(file);

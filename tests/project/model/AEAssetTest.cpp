@@ -11,9 +11,9 @@
 #include "project/model/AESubsamples.h"
 #include "project/model/AssetDrop.h"
 #include "project/model/Globals.h"
-#include "recording/AudioFileMaker.h"
 #include "support/ArchiveEdit.h"
 #include "support/EventWait.h"
+#include "support/TestAudio.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -58,7 +58,7 @@ protected:
     }
 
     QTemporaryDir dir;
-    AudioFileMaker maker;
+    TestAudio maker;
     QString folder;
     std::shared_ptr<ScriptedInteraction> door;
 };

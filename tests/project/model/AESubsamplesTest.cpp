@@ -1,11 +1,11 @@
 #include "project/model/AESubsamples.h"
 
-#include "../../recording/AudioFileMaker.h"
 #include "dsp/ArrayUtils.h"
 #include "foundation/QXTimer.h"
 #include "project/model/AECache.h"
 #include "recording/AudioProbes.h"
 #include "support/EventWait.h"
+#include "support/TestAudio.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -34,7 +34,7 @@ protected:
         return ArrayUtils::downsample(ArrayUtils::getAbs(aUt_readFileIntoFloatArray(path)), amount);
     }
 
-    AudioFileMaker make;
+    TestAudio make;
 };
 
 struct ScriptedMeter : AERecordingMeter {

@@ -8,9 +8,9 @@
 #include "project/model/AEIngest.h"
 #include "project/model/AssetDrop.h"
 #include "project/model/Ingest.h"
-#include "recording/AudioFileMaker.h"
 #include "recording/MediaCheck.h"
 #include "support/EventWait.h"
+#include "support/TestAudio.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -55,64 +55,59 @@ QByteArray noise(int bytes) {
 
 struct BadPath {
     const char* what;
-    std::function<QString(const AudioFileMaker&)> make;
+    std::function<QString(const TestAudio&)> make;
     const char* reason; // nullptr: accepted
 };
 
 const std::vector<BadPath> kBadPaths = {
     {"FIFO",
-     [](const AudioFileMaker& m) {
+     [](const TestAudio& m) {
          const QString p = m.path("pipe.wav");
          return ::mkfifo(QFile::encodeName(p).constData(), 0600) == 0 ? p : QString();
      },
      "is not a regular file"},
     {"directory",
-     [](const AudioFileMaker& m) {
+     [](const TestAudio& m) {
          QDir().mkpath(m.path("folder.wav"));
          return m.path("folder.wav");
      },
      "is a folder"},
     {"dangling symlink",
-     [](const AudioFileMaker& m) {
+     [](const TestAudio& m) {
          QFile::link(m.path("gone.wav"), m.path("dangling.wav"));
          return m.path("dangling.wav");
      },
      "cannot be found"},
     {"looping symlink",
-     [](const AudioFileMaker& m) {
+     [](const TestAudio& m) {
          QFile::link(m.path("loopB.wav"), m.path("loopA.wav"));
          QFile::link(m.path("loopA.wav"), m.path("loopB.wav"));
          return m.path("loopA.wav");
      },
      "cannot be found"},
     {"removed before it is used",
-     [](const AudioFileMaker& m) {
+     [](const TestAudio& m) {
          const QString p = m.sine("removed.wav", 8000, 1, 16, 0.5);
          QFile::remove(p);
          return p;
      },
      "cannot be found"},
-    {"empty", [](const AudioFileMaker& m) { return m.bytes("empty.wav", {}); }, "is not audio"},
-    {"text", [](const AudioFileMaker& m) { return m.bytes("notes.wav", "Intro, then the interview.\n"); },
+    {"empty", [](const TestAudio& m) { return m.bytes("empty.wav", {}); }, "is not audio"},
+    {"text", [](const TestAudio& m) { return m.bytes("notes.wav", "Intro, then the interview.\n"); },
      "is not audio"},
-    {"random .mp3", [](const AudioFileMaker& m) { return m.bytes("noise.mp3", noise(8192)); },
+    {"random .mp3", [](const TestAudio& m) { return m.bytes("noise.mp3", noise(8192)); }, "is not audio"},
+    {"random .m4a", [](const TestAudio& m) { return m.bytes("noise.m4a", noise(8192)); }, "is not audio"},
+    {"random .flac", [](const TestAudio& m) { return m.bytes("noise.flac", noise(8192)); }, "is not audio"},
+    {"random .aif", [](const TestAudio& m) { return m.bytes("noise.aif", noise(8192)); }, "is not audio"},
+    {"zero channels", [](const TestAudio& m) { return m.bytes("zeroch.wav", wav(1, 0, 8000, 100)); },
      "is not audio"},
-    {"random .m4a", [](const AudioFileMaker& m) { return m.bytes("noise.m4a", noise(8192)); },
+    {"zero rate", [](const TestAudio& m) { return m.bytes("zerorate.wav", wav(1, 1, 0, 100)); },
      "is not audio"},
-    {"random .flac", [](const AudioFileMaker& m) { return m.bytes("noise.flac", noise(8192)); },
+    {"unknown format tag", [](const TestAudio& m) { return m.bytes("tag.wav", wav(0x1234, 1, 8000, 8000)); },
      "is not audio"},
-    {"random .aif", [](const AudioFileMaker& m) { return m.bytes("noise.aif", noise(8192)); },
-     "is not audio"},
-    {"zero channels", [](const AudioFileMaker& m) { return m.bytes("zeroch.wav", wav(1, 0, 8000, 100)); },
-     "is not audio"},
-    {"zero rate", [](const AudioFileMaker& m) { return m.bytes("zerorate.wav", wav(1, 1, 0, 100)); },
-     "is not audio"},
-    {"unknown format tag",
-     [](const AudioFileMaker& m) { return m.bytes("tag.wav", wav(0x1234, 1, 8000, 8000)); }, "is not audio"},
-    {"no frames", [](const AudioFileMaker& m) { return m.bytes("noframes.wav", wav(1, 1, 8000, 0)); },
+    {"no frames", [](const TestAudio& m) { return m.bytes("noframes.wav", wav(1, 1, 8000, 0)); },
      "has no sound in it"},
-    {"one frame", [](const AudioFileMaker& m) { return m.bytes("oneframe.wav", wav(1, 1, 8000, 1)); },
-     nullptr},
+    {"one frame", [](const TestAudio& m) { return m.bytes("oneframe.wav", wav(1, 1, 8000, 1)); }, nullptr},
 };
 
 // One entry point: true when it took the file. It tells the person (alert) or the log (background).
@@ -179,7 +174,7 @@ protected:
         return std::any_of(log.begin(), log.end(), [&](const QString& line) { return line.contains(text); });
     }
 
-    AudioFileMaker maker;
+    TestAudio maker;
     std::shared_ptr<ScriptedInteraction> door;
     std::mutex logMutex;
     QStringList log;

@@ -2,25 +2,24 @@
 // A show in a temporary working folder, published as zendrelShow, with a scripted door. Resets the
 // shell's globals afterwards so that tests do not leak state into each other.
 
-#include "foundation/Interaction.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "support/ScriptedSession.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <gtest/gtest.h>
 
-class ShowFixture : public ::testing::Test {
+class ShowFixture : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
         folder = dir.path() + "/Work Folder/";
         QDir().mkpath(folder);
         AEIngest::workFolder = folder;
         AEIngest ingest(folder + "AssetIngests");
-        setUserInteraction(door);
         zendrelShow = std::make_shared<AEShow>("Test Show");
         mustUpdate = false;
     }
@@ -33,7 +32,6 @@ protected:
         AEEpisodeSelectedId.reset();
         TimelineWindowStatus = AEWindowStatus::closed;
         mustUpdate = false;
-        setUserInteraction(nullptr);
     }
 
     // Dates in days from now.
@@ -62,14 +60,6 @@ protected:
         return ids;
     }
 
-    QStringList transcript() const {
-        QStringList lines;
-        for (const QString& line : door->transcript())
-            lines << line;
-        return lines;
-    }
-
     QTemporaryDir dir;
     QString folder;
-    std::shared_ptr<ScriptedInteraction> door = std::make_shared<ScriptedInteraction>();
 };

@@ -1,8 +1,7 @@
 #include "TimelineFixture.h"
-#include "foundation/Interaction.h"
-#include "foundation/Log.h"
 #include "project/model/AEAssetDB.h"
 #include "support/ArchiveEdit.h"
+#include "support/ScriptedSession.h"
 #include "timeline/model/AEKeyframeView.h"
 
 #include <QFile>
@@ -13,7 +12,6 @@
 #include <QTemporaryDir>
 #include <functional>
 #include <iostream>
-#include <mutex>
 #include <time.h>
 
 using namespace tlfixture;
@@ -103,22 +101,8 @@ QStringList idsOf(const AETimeLine::Items& items) {
 
 } // namespace
 
-class AETimeLineArchive : public ::testing::Test {
+class AETimeLineArchive : public ::testing::Test, protected ScriptedSession {
 protected:
-    void SetUp() override {
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
-        logToken = addLogSink([this](const QString& line) {
-            std::lock_guard lock(logMutex);
-            logLines << line;
-        });
-    }
-
-    void TearDown() override {
-        removeLogSink(logToken);
-        setUserInteraction(nullptr);
-    }
-
     // An asset the store can find by id when the timeline comes back.
     static std::shared_ptr<AEAsset> stored(const QString& id, double duration,
                                            AEAssetType type = AEAssetType::speech) {
@@ -139,11 +123,6 @@ protected:
         const QString file = path(tl->id);
         EXPECT_TRUE(tl->save(file));
         return file;
-    }
-
-    int logged(const QString& line) {
-        std::lock_guard lock(logMutex);
-        return static_cast<int>(logLines.count(line));
     }
 
     QStringList alerts() const {
@@ -170,10 +149,6 @@ protected:
     }
 
     QTemporaryDir dir;
-    std::shared_ptr<ScriptedInteraction> door;
-    std::mutex logMutex;
-    QStringList logLines;
-    int logToken = 0;
 };
 
 TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
@@ -185,8 +160,8 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     auto first = tl->appendItemInMainLane(speech, std::nullopt, false);
     auto quiet = tl->appendItemInMainLane(silence(), AETimeRange(0, 5), false);
     auto last = tl->appendItemInMainLane(talk, std::nullopt, false);
-    const auto early = first->addMarker(3.0, std::nullopt, "early", AEMarkerType::normal);
-    const auto late = first->addMarker(15.0, std::nullopt, "late", AEMarkerType::chapter);
+    first->addMarker(3.0, std::nullopt, "early", AEMarkerType::normal);
+    first->addMarker(15.0, std::nullopt, "late", AEMarkerType::chapter);
     tl->sliceMainLane(10.0, false);
     ASSERT_EQ(tl->mainLane.size(), 4u);
     auto second = tl->mainLane[1];
@@ -200,8 +175,7 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     tl->soloItem(quiet);
     auto bgm = tl->attachItem(music, -1, 5.0, std::nullopt, false, false);
     tl->adjustBGM();
-    const auto gone =
-        tl->attachItem(asset("arch.rt.gone", 4, AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
+    tl->attachItem(asset("arch.rt.gone", 4, AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
     tl->currentPHTime = 12.5;
     tl->currentViewRange = AETimeRange(4, 44);
     ASSERT_EQ(bgm->bgmOutTime, 55.0);
@@ -210,36 +184,19 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     const QString file = saved(tl);
     last->volumeKFs->sortKFs();
     const QByteArray before = KeyedArchiver::archivedData(tl);
-    EXPECT_EQ(logged("Saving timeline..."), 1);
+    EXPECT_EQ(loggedCount("Saving timeline..."), 1);
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
-    EXPECT_EQ(logged("Loading timeline: " + file), 1);
-    EXPECT_EQ(back->id, "roundTrip");
-    EXPECT_EQ(idsOf(back->mainLane), idsOf(tl->mainLane));
-    EXPECT_EQ(idsOf(back->attachedItems), idsOf(tl->attachedItems));
-    for (size_t n = 0; n < back->mainLane.size(); ++n) {
-        EXPECT_EQ(back->mainLane[n]->inTime, tl->mainLane[n]->inTime) << n;
-        EXPECT_TRUE(back->mainLane[n]->range.isEqual(tl->mainLane[n]->range)) << n;
-    }
+    EXPECT_EQ(loggedCount("Loading timeline: " + file), 1);
+    // What the file holds (ids, times, ranges, flags, envelopes, markers, the playhead and the view)
+    // is checked at the end by archiving again; here, what a load must make of it in memory.
     EXPECT_EQ(back->mainLane[0]->asset, speech) << "a known asset is the store's live instance";
     EXPECT_EQ(back->mainLane[3]->asset, talk);
-
-    const auto& backQuiet = back->mainLane[2];
-    EXPECT_EQ(backQuiet->asset->type, AEAssetType::silence);
-    EXPECT_EQ(backQuiet->asset->id, "AESilence");
-    EXPECT_EQ(backQuiet->solo, true);
-    EXPECT_EQ(backQuiet->active, true);
-    EXPECT_FALSE(backQuiet->player);
+    EXPECT_EQ(back->mainLane[2]->asset->type, AEAssetType::silence);
+    EXPECT_FALSE(back->mainLane[2]->player);
 
     const auto& backLast = back->mainLane[3];
-    EXPECT_EQ(backLast->active, false);
-    EXPECT_EQ(backLast->solo, false);
-    ASSERT_EQ(backLast->volumeKFs->keyframes.size(), 3u);
-    const std::vector<std::pair<double, double>> sorted = {{2.0, -6.0}, {5.0, 0.0}, {8.0, -3.0}};
-    for (size_t k = 0; k < sorted.size(); ++k) {
-        EXPECT_EQ(backLast->volumeKFs->keyframes[k]->time, sorted[k].first);
-        EXPECT_EQ(backLast->volumeKFs->keyframes[k]->value, sorted[k].second);
-    }
+    EXPECT_EQ(backLast->volumeKFs->keyframes.front()->time, 2.0) << "keyframes come back sorted";
     EXPECT_EQ(backLast->kfView->keyframes, backLast->volumeKFs) << "the editor shows the list that was read";
 
     const auto& a = back->mainLane[0];
@@ -249,32 +206,16 @@ TEST_F(AETimeLineArchive, RoundTripKeepsTheDocument) {
     EXPECT_EQ(a->markers[0], b->markers[0]) << "a marker shared by two items stays one object";
     EXPECT_EQ(a->markers[1], b->markers[1]);
     EXPECT_NE(a->markers[0], a->markers[1]);
-    EXPECT_EQ(a->markers[0]->id, early->id);
-    EXPECT_EQ(a->markers[0]->inTime, 3.0);
-    EXPECT_EQ(a->markers[0]->notes, "early");
-    EXPECT_EQ(a->markers[1]->id, late->id);
-    EXPECT_EQ(a->markers[1]->type, AEMarkerType::chapter);
 
     const auto backBgm = back->getBGMs();
     ASSERT_EQ(backBgm.size(), 1u);
-    EXPECT_EQ(backBgm[0]->bgmOutTime, 55.0);
     ASSERT_TRUE(backBgm[0]->fadeOutKFS);
-    ASSERT_EQ(backBgm[0]->fadeOutKFS->keyframes.size(), 2u);
-    for (size_t k = 0; k < 2; ++k) {
-        EXPECT_EQ(backBgm[0]->fadeOutKFS->keyframes[k]->time, bgm->fadeOutKFS->keyframes[k]->time);
-        EXPECT_EQ(backBgm[0]->fadeOutKFS->keyframes[k]->value, bgm->fadeOutKFS->keyframes[k]->value);
-    }
     EXPECT_EQ(backBgm[0]->globalKFS, backBgm[0]->fadeOutKFS)
         << "with no envelope of its own the fade is applied";
 
-    const auto backGone = back->attachedItems[1];
-    EXPECT_EQ(backGone->id, gone->id);
-    EXPECT_EQ(backGone->asset->id, "arch.rt.gone") << "the placeholder keeps the reference";
+    EXPECT_EQ(back->attachedItems[1]->asset->id, "arch.rt.gone") << "the placeholder keeps the reference";
     EXPECT_EQ(alerts(), QStringList({"alert: Warning | Asset arch.rt.gone unavailable"}))
         << "silence is never looked up, known assets are found";
-
-    EXPECT_EQ(back->currentPHTime, 12.5);
-    EXPECT_TRUE(back->currentViewRange.isEqual(AETimeRange(4, 44)));
     EXPECT_FALSE(back->mustDraw);
     EXPECT_EQ(back->getCollectedItems().size(), 6u);
     expectInvariants(*back);
@@ -373,42 +314,55 @@ TEST_F(AETimeLineArchive, MissingFlagsTakeTheirDefaultsAndTheAppliedEnvelopeIsDe
     EXPECT_TRUE(back->soloItems.empty()) << "the solo list is not persisted";
 }
 
-TEST_F(AETimeLineArchive, AnItemWithAForeignAssetIdIsDroppedAndTheRestLoads) {
-    const std::vector<std::pair<const char*, QJsonValue>> damages = {
-        {"int", QJsonObject{{"int", 7}}},
-        {"string of a number", QJsonObject{{"string", 7}}},
-        {"bare string", QJsonValue("m1")},
+TEST_F(AETimeLineArchive, ADamagedItemIsDroppedAndTheRestLoadsWithoutACrash) {
+    using Damage = std::function<void(const QString& file)>;
+    const auto itemKey = [](const char* key, const QJsonValue& value) -> Damage {
+        return [=](const QString& file) { editItem(file, "m1", [&](QJsonObject& k) { k[key] = value; }); };
     };
-    for (const auto& [what, value] : damages) {
+    const auto without = [](const char* key) -> Damage {
+        return [=](const QString& file) { editItem(file, "m1", [&](QJsonObject& k) { k.remove(key); }); };
+    };
+    const auto rangeEnd = [](const char* end, const QJsonValue& value) -> Damage {
+        return
+            [=](const QString& file) { editItemRange(file, "m1", [&](QJsonObject& k) { k[end] = value; }); };
+    };
+    const std::vector<std::pair<const char*, Damage>> damages = {
+        {"assetId an int", itemKey("assetId", QJsonObject{{"int", 7}})},
+        {"assetId a string of a number", itemKey("assetId", QJsonObject{{"string", 7}})},
+        {"assetId a bare string", itemKey("assetId", QJsonValue("m1"))},
+        {"no range", without("range")},
+        {"no id", without("id")},
+        {"no markers", without("markers")},
+        {"negative inTime", itemKey("inTime", archivedDouble(-1.0))},
+        {"huge inTime", itemKey("inTime", archivedDouble(1e300))},
+        {"infinite inTime", itemKey("inTime", QJsonObject{{"double", "inf"}})},
+        {"negative bgmOutTime", itemKey("bgmOutTime", archivedDouble(-5.0))},
+        {"huge bgmOutTime", itemKey("bgmOutTime", archivedDouble(1e300))},
+        {"NaN bgmOutTime", itemKey("bgmOutTime", QJsonObject{{"double", "nan"}})},
+        {"negative range in", rangeEnd("i", archivedDouble(-2.0))},
+        {"negative range out", rangeEnd("o", archivedDouble(-2.0))},
+        {"huge range in", rangeEnd("i", archivedDouble(1e300))},
+        {"huge range out", rangeEnd("o", archivedDouble(1e300))},
+        {"huge negative range out", rangeEnd("o", archivedDouble(-1e300))},
+        {"NaN range out", rangeEnd("o", QJsonObject{{"double", "nan"}})},
+    };
+    for (const auto& [what, damage] : damages) {
         SCOPED_TRACE(what);
-        const QString file = threeClips("foreignAssetId");
-        editItem(file, "m1", [&](QJsonObject& k) { k["assetId"] = value; });
-        const int failuresBefore = logged(kItemFailed);
+        const QString file = threeClips("damagedItem");
+        damage(file);
+        const int failuresBefore = loggedCount(kItemFailed);
         const auto back = AETimeLine::load(file);
         ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(loggedCount(kItemFailed), failuresBefore + 1);
         EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
-        EXPECT_EQ(back->mainLane[1]->inTime, 10.0) << "the main lane closes up";
+        EXPECT_EQ(back->getMainLaneOutTime(), 15.0) << "the main lane closes up";
         EXPECT_EQ(idsOf(back->attachedItems), QStringList({"a1"}));
         expectInvariants(*back);
     }
     EXPECT_TRUE(alerts().isEmpty());
 }
 
-TEST_F(AETimeLineArchive, AnItemMissingARequiredKeyIsDroppedAndTheRestLoads) {
-    for (const char* key : {"range", "id", "markers"}) {
-        SCOPED_TRACE(key);
-        const QString file = threeClips("missingKey");
-        editItem(file, "m1", [&](QJsonObject& k) { k.remove(key); });
-        const int failuresBefore = logged(kItemFailed);
-        const auto back = AETimeLine::load(file);
-        ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
-        EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
-        EXPECT_EQ(idsOf(back->attachedItems), QStringList({"a1"}));
-        expectInvariants(*back);
-    }
-    // A key present with an object of another class fails the same way.
+TEST_F(AETimeLineArchive, AnObjectOfAnotherClassOrABadAttachedItemIsDroppedToo) {
     const QString file = threeClips("rangeOfAnotherClass");
     editObjects(file, [](QJsonArray& objects) {
         const int m1 = itemIndex(objects, "m1");
@@ -434,7 +388,7 @@ TEST_F(AETimeLineArchive, AnItemWithoutAssetIdKeepsItsPlaceWithAPlaceholder) {
     editItem(file, "m1", [](QJsonObject& k) { k.remove("assetId"); });
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
-    EXPECT_EQ(logged(kItemFailed), 0);
+    EXPECT_EQ(loggedCount(kItemFailed), 0);
     ASSERT_EQ(idsOf(back->mainLane), QStringList({"m0", "m1", "m2"}));
     const auto& placeholder = back->mainLane[1]->asset;
     EXPECT_TRUE(placeholder->id.isEmpty());
@@ -445,46 +399,6 @@ TEST_F(AETimeLineArchive, AnItemWithoutAssetIdKeepsItsPlaceWithAPlaceholder) {
     EXPECT_EQ(back->mainLane[2]->inTime, 30.0);
     EXPECT_EQ(alerts(), QStringList({"alert: Warning | Asset m1 unavailable"}));
     expectInvariants(*back);
-}
-
-TEST_F(AETimeLineArchive, TimesThatCannotBeTimesRejectTheItemWithoutACrash) {
-    struct Case {
-        const char* what;
-        std::function<void(const QString& file)> damage;
-    };
-    const auto itemKey = [](const char* key, const QJsonValue& value) {
-        return [=](const QString& file) { editItem(file, "m1", [&](QJsonObject& k) { k[key] = value; }); };
-    };
-    const auto rangeEnd = [](const char* end, const QJsonValue& value) {
-        return
-            [=](const QString& file) { editItemRange(file, "m1", [&](QJsonObject& k) { k[end] = value; }); };
-    };
-    const std::vector<Case> cases = {
-        {"negative inTime", itemKey("inTime", archivedDouble(-1.0))},
-        {"huge inTime", itemKey("inTime", archivedDouble(1e300))},
-        {"infinite inTime", itemKey("inTime", QJsonObject{{"double", "inf"}})},
-        {"negative bgmOutTime", itemKey("bgmOutTime", archivedDouble(-5.0))},
-        {"huge bgmOutTime", itemKey("bgmOutTime", archivedDouble(1e300))},
-        {"NaN bgmOutTime", itemKey("bgmOutTime", QJsonObject{{"double", "nan"}})},
-        {"negative range in", rangeEnd("i", archivedDouble(-2.0))},
-        {"negative range out", rangeEnd("o", archivedDouble(-2.0))},
-        {"huge range in", rangeEnd("i", archivedDouble(1e300))},
-        {"huge range out", rangeEnd("o", archivedDouble(1e300))},
-        {"huge negative range out", rangeEnd("o", archivedDouble(-1e300))},
-        {"NaN range out", rangeEnd("o", QJsonObject{{"double", "nan"}})},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        const QString file = threeClips("badTime");
-        c.damage(file);
-        const int failuresBefore = logged(kItemFailed);
-        const auto back = AETimeLine::load(file);
-        ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
-        EXPECT_EQ(idsOf(back->mainLane), QStringList({"m0", "m2"}));
-        EXPECT_EQ(back->getMainLaneOutTime(), 15.0);
-        expectInvariants(*back);
-    }
 }
 
 TEST_F(AETimeLineArchive, EmptyAndInvertedRangesAreRepairedAwayAtLoad) {
@@ -525,7 +439,7 @@ TEST_F(AETimeLineArchive, EnormousButRealTimesLoad) {
     editItem(file, "a1", [&](QJsonObject& k) { k["inTime"] = archivedDouble(hours / 2); });
     const auto back = AETimeLine::load(file);
     ASSERT_TRUE(back);
-    EXPECT_EQ(logged(kItemFailed), 0);
+    EXPECT_EQ(loggedCount(kItemFailed), 0);
     ASSERT_EQ(idsOf(back->mainLane), QStringList({"m0", "m1", "m2"}));
     EXPECT_EQ(back->mainLane[2]->inTime, 10.0 + hours);
     EXPECT_EQ(back->getMainLaneOutTime(), 15.0 + hours);
@@ -611,7 +525,7 @@ TEST_F(AETimeLineArchive, TenThousandItemsLoadQuickly) {
     ASSERT_EQ(back->attachedItems.size(), static_cast<size_t>(kAttached));
     EXPECT_EQ(back->mainLane.back()->inTime, 2.0 * (kMain - 1));
     EXPECT_EQ(back->attachedItems.back()->inTime, 4.0 * (kAttached - 1));
-    EXPECT_EQ(logged(kItemFailed), 0);
+    EXPECT_EQ(loggedCount(kItemFailed), 0);
     expectInvariants(*back);
 #if defined(__SANITIZE_ADDRESS__)
     constexpr qint64 kBudgetMs = 20000;
@@ -627,12 +541,12 @@ TEST_F(AETimeLineArchive, ALaneNumberNoLayoutCouldReachRejectsTheItem) {
         SCOPED_TRACE(lane);
         const QString file = threeClips("wildLane");
         editItem(file, "a1", [&](QJsonObject& k) { k["lane"] = QJsonObject{{"int", lane}}; });
-        const int failuresBefore = logged(kItemFailed);
+        const int failuresBefore = loggedCount(kItemFailed);
         const qint64 start = threadCpuMs();
         const auto back = AETimeLine::load(file);
         EXPECT_LT(threadCpuMs() - start, 1000);
         ASSERT_TRUE(back);
-        EXPECT_EQ(logged(kItemFailed), failuresBefore + 1);
+        EXPECT_EQ(loggedCount(kItemFailed), failuresBefore + 1);
         EXPECT_TRUE(back->attachedItems.empty());
         EXPECT_EQ(back->mainLane.size(), 3u);
     }
@@ -762,7 +676,7 @@ TEST_F(AETimeLineDamage, MusicLeftBeyondTheMainLaneIsDroppedWithALogLine) {
         EXPECT_EQ(idsOf(tl.mainLane), QStringList({"m0"}));
         EXPECT_EQ(idsOf(tl.attachedItems), QStringList({"a1"}));
     });
-    EXPECT_EQ(logged("AETimeLine.decode: music bed ends before it starts; left out"), 1);
+    EXPECT_EQ(loggedCount("AETimeLine.decode: music bed ends before it starts; left out"), 1);
 }
 
 TEST_F(AETimeLineDamage, AFileThatStillBreaksTheRulesIsRefusedWithAMessage) {

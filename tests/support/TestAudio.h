@@ -1,0 +1,238 @@
+#pragma once
+// Test audio in a temporary folder that goes with its maker: made by the real tools (sox, ffmpeg,
+// espeak-ng) or written sample by sample through libsndfile, and read back with libsndfile.
+
+#include "dsp/AUAudio.h"
+#include "dsp/SndFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <vector>
+
+// A decoded file: interleaved samples at full scale ±1.
+struct Decoded {
+    bool open = false;
+    int rate = 0;
+    int channels = 0;
+    int subFormat = 0;
+    int64_t frames = 0;
+    std::vector<float> samples;
+
+    double seconds() const { return rate > 0 ? static_cast<double>(frames) / rate : 0.0; }
+
+    // RMS in dB of one channel (0-based) between two times; -inf for digital silence.
+    double rmsDb(int channel, double from, double to) const {
+        const auto [first, last] = span(from, to);
+        double sum = 0.0;
+        for (int64_t i = first; i < last; ++i) {
+            const double v = samples[static_cast<size_t>(i * channels + channel)];
+            sum += v * v;
+        }
+        const int64_t n = last - first;
+        return n > 0 ? 10.0 * std::log10(sum / static_cast<double>(n)) : -INFINITY;
+    }
+
+    double peak(int channel, double from, double to) const {
+        const auto [first, last] = span(from, to);
+        double p = 0.0;
+        for (int64_t i = first; i < last; ++i)
+            p = std::max(
+                p, static_cast<double>(std::fabs(samples[static_cast<size_t>(i * channels + channel)])));
+        return p;
+    }
+
+private:
+    std::pair<int64_t, int64_t> span(double from, double to) const {
+        const auto clampFrame = [&](double t) {
+            return std::clamp(static_cast<int64_t>(t * rate), int64_t{0}, frames);
+        };
+        return {clampFrame(from), clampFrame(to)};
+    }
+};
+
+class TestAudio {
+public:
+    QString path(const QString& name) const { return dir.path() + "/" + name; }
+
+    // Runs an installed tool directly; the test fails when it does not exit with 0.
+    static void run(const QString& program, const QStringList& arguments) {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(program, arguments);
+        ASSERT_TRUE(process.waitForFinished(60000)) << program.toStdString();
+        ASSERT_EQ(process.exitCode(), 0) << program.toStdString() << ": " << process.readAll().toStdString();
+    }
+
+    // A 16-bit sine at `amplitude` of full scale, the same on every channel.
+    QString tone(const QString& name, double seconds, double frequency = 440.0, int rate = 44100,
+                 int channels = 1, double amplitude = 0.5) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", "16",
+                             out, "synth", QString::number(seconds), "sine", QString::number(frequency),
+                             "vol", QString::number(amplitude)});
+        return out;
+    }
+
+    QString silence(const QString& name, double seconds, int rate = 44100, int channels = 1) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", "16",
+                             out, "trim", "0", QString::number(seconds)});
+        return out;
+    }
+
+    // `seconds` long, a 2 ms burst of 1 kHz at its start, silence after.
+    QString click(const QString& name, double seconds, int channels = 1) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", {"-n", "-r", "44100", "-c", QString::number(channels), "-b", "16", out, "synth",
+                             "0.002", "sine", "1000", "pad", "0", QString::number(seconds - 0.002)});
+        return out;
+    }
+
+    // Every sample `value` (of full scale), 16-bit mono.
+    QString level(const QString& name, double seconds, float value) const {
+        const QString out = path(name);
+        AUAudio::saveArrayIntoAudioFile16(std::vector<float>(static_cast<size_t>(seconds * 44100), value),
+                                          44100, out);
+        return out;
+    }
+
+    // Pieces one after the other (they must share the format).
+    QString join(const QString& name, const QStringList& pieces) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", pieces + QStringList{out});
+        return out;
+    }
+
+    QString noise(const QString& name, double seconds, double amplitude, int rate = 44100) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", "1", "-b", "16", out, "synth",
+                             QString::number(seconds), "whitenoise", "vol", QString::number(amplitude)});
+        return out;
+    }
+
+    // Sources summed sample by sample, not scaled.
+    QString mix(const QString& name, const QStringList& sources) const {
+        const QString out = path(name);
+        QStringList arguments{"-m"};
+        for (const QString& source : sources)
+            arguments << "-v"
+                      << "1" << source;
+        run("/usr/bin/sox", arguments + QStringList{out});
+        return out;
+    }
+
+    // Mono sources side by side as channels.
+    QString channels(const QString& name, const QStringList& sources) const {
+        const QString out = path(name);
+        run("/usr/bin/sox", QStringList{"-M"} + sources + QStringList{out});
+        return out;
+    }
+
+    QString speech(const QString& name, const QString& text) const {
+        const QString out = path(name);
+        run("/usr/bin/espeak-ng", {"-w", out, text});
+        return out;
+    }
+
+    QString mp3From(const QString& wav, const QString& name) const {
+        const QString out = path(name);
+        run("/usr/bin/ffmpeg", {"-nostdin", "-v", "error", "-y", "-i", wav, "-b:a", "128k", out});
+        return out;
+    }
+
+    static Decoded decode(const QString& file) {
+        Decoded d;
+        SndFile sf(file);
+        if (!sf.isOpen()) return d;
+        d.open = true;
+        d.rate = sf.sampleRate();
+        d.channels = sf.channels();
+        d.subFormat = sf.subFormat();
+        d.frames = sf.frames();
+        d.samples.resize(static_cast<size_t>(d.frames * d.channels));
+        d.frames = sf.readFrames(d.samples.data(), d.frames);
+        return d;
+    }
+
+    // What ffprobe says of the first audio stream, e.g. "codec_name" -> "aac".
+    static QString probe(const QString& file, const QString& entry) {
+        QProcess process;
+        process.start("/usr/bin/ffprobe", {"-v", "error", "-select_streams", "a:0", "-show_entries",
+                                           "stream=" + entry, "-of", "default=nw=1:nk=1", file});
+        process.waitForFinished(30000);
+        return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+    }
+
+    // The path of the output when the tool made it, "" otherwise.
+    QString run(const QString& program, const QStringList& arguments, const QString& name) const {
+        const QString out = path(name);
+        QProcess process;
+        process.start(program, arguments);
+        process.waitForFinished(60000);
+        return QFileInfo::exists(out) ? out : QString();
+    }
+
+    // A 440 Hz sine: sox -n -r <rate> -c <channels> -b <bits> [-e floating-point] <name> synth <s> sine 440
+    QString sine(const QString& name, int rate, int channels, int bits, double seconds, double gainDb = -6.0,
+                 bool floatingPoint = false) const {
+        QStringList args = {
+            "-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", QString::number(bits)};
+        if (floatingPoint)
+            args << "-e"
+                 << "floating-point";
+        args << path(name) << "synth" << QString::number(seconds) << "sine"
+             << "440"
+             << "gain" << QString::number(gainDb);
+        return run("sox", args, name);
+    }
+
+    // ffmpeg -i <source> <extra arguments> <name>
+    QString convert(const QString& source, const QStringList& extra, const QString& name) const {
+        QStringList args = {"-nostdin", "-v", "error", "-y", "-i", source};
+        args << extra << path(name);
+        return run("ffmpeg", args, name);
+    }
+
+    // `frames` frames of float WAV whose sample of channel c at frame i is value(i, c).
+    QString floatWav(const QString& name, int rate, int channels, int64_t frames,
+                     const std::function<float(int64_t, int)>& value) const {
+        SF_INFO info{};
+        info.samplerate = rate;
+        info.channels = channels;
+        info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+        SNDFILE* file = sf_open(QFile::encodeName(path(name)).constData(), SFM_WRITE, &info);
+        if (!file) return QString();
+        std::vector<float> interleaved(static_cast<size_t>(frames * channels));
+        for (int64_t i = 0; i < frames; ++i) {
+            for (int c = 0; c < channels; ++c)
+                interleaved[static_cast<size_t>(i * channels + c)] = value(i, c);
+        }
+        sf_writef_float(file, interleaved.data(), frames);
+        sf_close(file);
+        return path(name);
+    }
+
+    QString bytes(const QString& name, const QByteArray& content) const {
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly)) return QString();
+        file.write(content);
+        return path(name);
+    }
+
+    // The first `count` bytes of another file.
+    QString head(const QString& source, qint64 count, const QString& name) const {
+        QFile in(source);
+        if (!in.open(QIODevice::ReadOnly)) return QString();
+        return bytes(name, in.read(count));
+    }
+
+    QTemporaryDir dir;
+};
