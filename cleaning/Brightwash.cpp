@@ -10,6 +10,7 @@
 #include "foundation/Log.h"
 #include "foundation/Prog.h"
 #include "recording/WorkingFormat.h"
+#include "render/tools/ProcessRunner.h"
 #include "render/tools/SoxConvert.h"
 #include "render/tools/SoxEdit.h"
 #include "render/tools/SoxFilters.h"
@@ -123,6 +124,8 @@ bool Brightwash::stageDone(const QString& stage, const QString& output) {
 }
 
 void Brightwash::start() {
+    // Cancel kills the tool in flight, however deep in the stage it was started.
+    const ProcessCancelScope cancelScope([this] { return cancelled_.load(); });
     const QString result = resultPath();
     if (!fu_fileExists(srcFilePath)) {
         fail(srcFilePath + ": no such file.");

@@ -4,7 +4,7 @@
 // reports progress and cleans up; the signal work is the sound tool's and the cluster analysis's.
 //
 // One object serves one run. start() blocks: run it on the pool (startAsync), never on the main thread.
-// cancel() may come from any thread; the run stops after the tool process in flight and leaves no
+// cancel() may come from any thread; the tool process in flight is killed, the run stops and leaves no
 // temporary file. The source file is only ever read.
 
 #include "cleaning/BrightwashSetting.h"

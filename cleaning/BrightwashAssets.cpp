@@ -61,6 +61,7 @@ void BrightwashAssets::brightwashAsset(const std::shared_ptr<AEAsset>& asset, bo
             true);
     };
     asset->bwStatus = BWStatus::sourceBusy;
+    if (starting) starting(run);
     run->startAsync();
 
     const QFileInfo info(asset->originalFilePath);

@@ -36,6 +36,8 @@ public:
     std::function<std::shared_ptr<AETimeLine>()> currentTimeline; // asked when `timeline` is null
     std::function<void()> refreshList;                            // the asset list changed
     std::function<void(const QString&)> ended; // after brightwasherDone, with the result path
+    // Just before a run goes to the pool: the window may give it a Prog and show its progress.
+    std::function<void(const std::shared_ptr<Brightwash>&)> starting;
     std::vector<BrightwashingItem> brightwashingList;
 
     // Row −1 does nothing; a busy or cleaned asset gets a warning instead.

@@ -23,6 +23,7 @@
 #include "timeline/model/AETimeLineLanesHelper.h"
 #include "ui/cleaning/Brightwash_prefsVC.h"
 #include "ui/ducking/DuckingCommands.h"
+#include "ui/recording/RecorderEntryPoints.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -101,6 +102,11 @@ void AppDelegate::buildFileMenu() {
     file->addSeparator();
     add(file, "menu_cleaningSettings", tr("Cleaning Settings…"), {},
         [this] { Brightwash_prefsVC::displayPrefsPanel(window_.get()); });
+    add(file, "menu_recorderSettings", tr("Recorder Settings…"), {}, [this] {
+        if (zendrelShow) menu_recorderSettings(window_.get(), zendrelShow, [] { saveShow(); });
+    });
+    addTimeline(file, "menu_recordAsset", tr("Record…"), QKeySequence("Ctrl+R"),
+                [](TimelineViewController& vc) { vc.openRecorder(); });
     add(file, "menu_commonAssets", tr("Common Assets"), {}, [this] { commonAssetWindowToggler(); });
     add(file, "menu_clearCache", tr("Clear Waveform Cache"), {}, [] { AECache::clearCache(); });
     add(file, "mnuRemoveExternalcomponents", tr("Remove External Components"), {},
@@ -143,6 +149,8 @@ void AppDelegate::buildEditMenu() {
                 [](TimelineViewController& vc) { vc.btnInsertSilencePressed(); });
     addTimeline(edit, "menu_convertSelectionToAsset", tr("Selection to Asset..."), {},
                 [](TimelineViewController& vc) { vc.selectionToAsset(); });
+    addTimeline(edit, "menu_cleanAsset", tr("Clean…"), {},
+                [](TimelineViewController& vc) { vc.cleanSelectedAsset(); });
     addTimeline(edit, "menu_newVolumeKeyframe", tr("Add Volume Keyframe"), QKeySequence("Ctrl+Shift+K"),
                 [](TimelineViewController& vc) { vc.commands().addVolumeKeyframe(); });
     auto* ducking = new DuckingCommands(

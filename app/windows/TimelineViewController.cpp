@@ -7,9 +7,12 @@
 #include "app/windows/EditPanels.h"
 #include "app/windows/MarkerInspectorVC.h"
 #include "app/windows/TimelineExport.h"
+#include "cleaning/Brightwash.h"
+#include "cleaning/BrightwashAssets.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
+#include "foundation/Prog.h"
 #include "foundation/QXTimer.h"
 #include "foundation/Timecode.h"
 #include "project/model/AEAsset.h"
@@ -23,6 +26,9 @@
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/view/TimelineWidget.h"
 #include "ui/LoadingWindow.h"
+#include "ui/cleaning/BrightwashAssetAlertVC.h"
+#include "ui/cleaning/BrightwashProgressWindow.h"
+#include "ui/recording/RecorderEntryPoints.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -137,6 +143,10 @@ void TimelineViewController::buildLayout() {
     kfButton_->setCheckable(true);
     kfButton_->setChecked(AEPreferences::displayVolumeKFs);
     bar->addWidget(kfButton_);
+    if (!recButtonInEpisodeAssetsArea()) {
+        bar->addSpacing(12);
+        bar->addWidget(recordButton());
+    }
     bar->addStretch();
     bar->addWidget(toolButton("−", "Zoom out", this, [this] { zoomOut_pressed(); }));
     bar->addWidget(toolButton("+", "Zoom in", this, [this] { zoomIn_pressed(); }));
@@ -168,7 +178,10 @@ void TimelineViewController::buildLayout() {
         auto* box = new QWidget(lists);
         auto* column = new QVBoxLayout(box);
         column->setContentsMargins(4, 4, 4, 4);
-        column->addWidget(new QLabel(tr(title), box));
+        auto* heading = new QHBoxLayout;
+        heading->addWidget(new QLabel(tr(title), box), 1);
+        if (list == episodeList_ && recButtonInEpisodeAssetsArea()) heading->addWidget(recordButton());
+        column->addLayout(heading);
         column->addWidget(list);
         lists->addWidget(box);
     }
@@ -188,7 +201,17 @@ void TimelineViewController::buildLayout() {
         list->setContextMenuPolicy(Qt::CustomContextMenu);
         connect(list, &QWidget::customContextMenuRequested, this, [this, list](QPoint pos) {
             const int row = list->indexAt(pos).row();
-            if (row >= 0) openVolumeSlider(list == commonList_, row);
+            if (row < 0) return;
+            if (list == commonList_) {
+                openVolumeSlider(true, row);
+                return;
+            }
+            auto* menu = new QMenu(this);
+            menu->setObjectName("episodeAssetMenu");
+            menu->setAttribute(Qt::WA_DeleteOnClose);
+            menu->addAction(tr("Volume…"), this, [this, row] { openVolumeSlider(false, row); });
+            menu->addAction(tr("Clean…"), this, [this, row] { cleanAsset(row); });
+            menu->popup(list->viewport()->mapToGlobal(pos));
         });
     }
 
@@ -272,6 +295,7 @@ void TimelineViewController::tlLoaded(const std::shared_ptr<AEEpisode>& episode)
     qxLog("TimelineViewController.tlLoaded " + (episode ? episode->episodeId : QString()));
     AEPreferences::load();
     commands_.tlLoaded(episode, AEAssetListVCGlobal);
+    installBrightwashHooks();
     refreshLists();
     attachView();
     timeline()->setViewportRangeAll();
@@ -319,6 +343,79 @@ void TimelineViewController::refreshLists() {
     episodeList_->setAssets(commands_.episodeAssets);
 }
 
+QToolButton* TimelineViewController::recordButton() {
+    return toolButton("Record", "Record a new asset into this episode", this, [this] { openRecorder(); });
+}
+
+void TimelineViewController::openRecorder() {
+    if (!episode() || !zendrelShow) return;
+    const QPointer<TimelineViewController> self(this);
+    openAssetRecorder(this, zendrelShow, episode(), [self](const std::shared_ptr<AEAsset>&) {
+        if (!self || !self->episode()) return;
+        self->episodeAssetsChanged(self->episode()->assets);
+        saveShow();
+    });
+}
+
+void TimelineViewController::cleanSelectedAsset() {
+    if (commands_.selectedEpisodeAssetIndex < 0) {
+        userInteraction()->alert("Clean", "Choose an asset of the episode's list first.");
+        return;
+    }
+    cleanAsset(commands_.selectedEpisodeAssetIndex);
+}
+
+void TimelineViewController::cleanAsset(int row) {
+    const auto asset = episodeList_->assetAt(row);
+    if (!asset) return;
+    // The controller works on the rows of the list as shown.
+    AEEpisodeAssetListVCGlobal = commands_.episodeAssets;
+    const auto at = std::find(AEEpisodeAssetListVCGlobal.begin(), AEEpisodeAssetListVCGlobal.end(), asset);
+    const int globalRow = int(at - AEEpisodeAssetListVCGlobal.begin());
+    auto* sheet = new BrightwashAssetAlertVC(
+        asset, globalRow, [](int r, bool rm) { episodeBrightwash().assetInspectorVCBrightwash(r, rm); },
+        this);
+    sheet->setObjectName("brightwashAssetAlert");
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    sheet->open();
+}
+
+void TimelineViewController::installBrightwashHooks() {
+    const QPointer<TimelineViewController> self(this);
+    BrightwashAssets& controller = episodeBrightwash();
+    controller.starting = [self](const std::shared_ptr<Brightwash>& run) {
+        if (!self) return;
+        auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(run->settings));
+        run->prog = prog;
+        auto* window = new BrightwashProgressWindow(run, prog, self);
+        window->setObjectName("brightwashProgress");
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->show();
+        self->cleaningWindows_[run->resultPath()] = window;
+    };
+    controller.ended = [self](const QString& path) {
+        if (!self) return;
+        if (const auto window = self->cleaningWindows_.take(path)) window->close();
+        self->episodeAssetsChanged(AEEpisodeAssetListVCGlobal);
+        self->commands_.autoSave();
+    };
+}
+
+void TimelineViewController::episodeAssetsChanged(std::vector<std::shared_ptr<AEAsset>> assets) {
+    commands_.episodeAssets = assets;
+    AEEpisodeAssetListVCGlobal = assets;
+    AEEpisodeAssetListVCMustUpdate = false;
+    // A clean's placeholder is only shown; the episode keeps real assets.
+    if (episode()) {
+        episode()->assets.clear();
+        std::copy_if(assets.begin(), assets.end(), std::back_inserter(episode()->assets),
+                     [](const auto& asset) { return !asset->temporary; });
+    }
+    refreshLists();
+    afterAction();
+}
+
 void TimelineViewController::listSelectionChanged(bool common) {
     AssetListWidget* list = common ? commonList_ : episodeList_;
     AssetListWidget* other = common ? episodeList_ : commonList_;
@@ -360,6 +457,7 @@ void TimelineViewController::idle() {
         }
         percentageBar_->setValue(out > 0 ? int(std::clamp(tl->currentPHTime / out, 0.0, 1.0) * 1000) : 0);
         selectionDurationTC_->setText(tc_getFloatTimecode(tl->getSelectionDuration()));
+        if (AEEpisodeAssetListVCMustUpdate) episodeAssetsChanged(AEEpisodeAssetListVCGlobal);
         if (tl->mustDraw || tl->playing) {
             tl->mustDraw = false;
             timelineView_->update();

@@ -7,6 +7,7 @@
 #include "app/core/TimelineCommands.h"
 #include "timeline/model/AETimeLine.h"
 
+#include <QHash>
 #include <QPointF>
 #include <QPointer>
 #include <QWidget>
@@ -94,6 +95,12 @@ public:
     QToolButton* playButton() const { return playButton_; }
     QProgressBar* vumeter(int n) const { return n == 0 ? vumeter_ : vumeter2_; }
     void refreshLists();
+    // The recorder sheet over this window; each take lands in the episode's list.
+    void openRecorder();
+    // "Clean…" on the episode list's chosen asset (or `row`): the sheet, then the run with its
+    // progress window; the list follows when the run lands.
+    void cleanSelectedAsset();
+    void cleanAsset(int row);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -111,6 +118,10 @@ private:
                      int64_t lane);
     void listSelectionChanged(bool common);
     void openVolumeSlider(bool common, int row);
+    QToolButton* recordButton();
+    void installBrightwashHooks();
+    // The episode's list as shown (a copy: callers pass the episode's own), everywhere it is kept.
+    void episodeAssetsChanged(std::vector<std::shared_ptr<AEAsset>> assets);
 
     TimelineCommands commands_;
     std::shared_ptr<QXTimer> autoSaveTimer_;
@@ -139,4 +150,5 @@ private:
     QAction* mnuSolo_ = nullptr;
     QAction* mnuSoloLane_ = nullptr;
     QPointer<TimeLineStatsVC> stats_;
+    QHash<QString, QPointer<QWidget>> cleaningWindows_; // by the run's result path
 };

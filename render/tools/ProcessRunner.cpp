@@ -5,10 +5,13 @@
 #include <QDeadlineTimer>
 #include <QProcess>
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr int kCancelPollMs = 100;
+
+thread_local std::function<bool()> threadCancelled;
 
 void configure(QProcess& process, const ProcessRequest& request) {
     process.setStandardInputFile(QProcess::nullDevice());
@@ -44,6 +47,13 @@ int nextWaitMs(const QDeadlineTimer& deadline, bool polling) {
 
 } // namespace
 
+ProcessCancelScope::ProcessCancelScope(std::function<bool()> cancelled)
+    : outer_(std::exchange(threadCancelled, std::move(cancelled))) {}
+
+ProcessCancelScope::~ProcessCancelScope() {
+    threadCancelled = std::move(outer_);
+}
+
 ProcessResult runProcess(const ProcessRequest& request) {
     ProcessResult result;
     if (request.logVector) qxLog((QStringList{request.program} + request.arguments).join(u' '));
@@ -57,7 +67,8 @@ ProcessResult runProcess(const ProcessRequest& request) {
     result.started = true;
     const QDeadlineTimer deadline(request.timeoutMs < 0 ? QDeadlineTimer::Forever
                                                         : QDeadlineTimer(request.timeoutMs));
-    const bool polling = static_cast<bool>(request.cancelled);
+    const std::function<bool()> cancelled = request.cancelled ? request.cancelled : threadCancelled;
+    const bool polling = static_cast<bool>(cancelled);
     // Reading as the output comes keeps a talkative program from blocking on a full pipe.
     while (process.state() != QProcess::NotRunning) {
         const int waitMs = nextWaitMs(deadline, polling);
@@ -65,7 +76,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
             request.keepOutput ? process.waitForReadyRead(waitMs) : process.waitForFinished(waitMs);
         if (ready && request.keepOutput) take(process, request, result);
         if (ready || process.state() == QProcess::NotRunning) continue;
-        if (deadline.hasExpired() || (polling && request.cancelled())) {
+        if (deadline.hasExpired() || (polling && cancelled())) {
             qxLog(request.label + ": stopped " + request.program);
             process.kill();
             process.waitForFinished(-1);

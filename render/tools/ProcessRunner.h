@@ -44,3 +44,17 @@ struct ProcessResult {
 };
 
 ProcessResult runProcess(const ProcessRequest& request);
+
+// While one lives, every program this thread starts without a cancellation test of its own is killed
+// once `cancelled` answers true: a long job cancels the tool runs deep inside the helpers it calls
+// without each of them taking a flag. Scopes nest; the inner one holds.
+class ProcessCancelScope {
+public:
+    explicit ProcessCancelScope(std::function<bool()> cancelled);
+    ~ProcessCancelScope();
+    ProcessCancelScope(const ProcessCancelScope&) = delete;
+    ProcessCancelScope& operator=(const ProcessCancelScope&) = delete;
+
+private:
+    std::function<bool()> outer_;
+};

@@ -1,7 +1,10 @@
 #include "app/cli/CleanCommand.h"
 #include "cleaning/CleaningFixture.h"
+#include "foundation/Prog.h"
 
 #include <QTemporaryFile>
+#include <atomic>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -67,6 +70,32 @@ TEST_F(BrightwashBadInput, FailuresSayWhyAndLeaveNothing) {
     BrightwashSetting denoise = Brightwash::loadSettings();
     denoise.doDenoiser = true;
     cleanKeepingSource(noise("hiss.wav", 3.0, 0.3, kRate), denoise);
+}
+
+TEST_F(BrightwashBadInput, CancelStopsTheToolInFlightAndLeavesNothing) {
+    const QString source = noise("long.wav", 60.0, 0.3, kRate);
+    const QByteArray before = digest(source);
+    BrightwashSetting settings = Brightwash::loadSettings();
+    settings.doDenoiser = true;
+    auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
+    auto run = Brightwash::make(source, settings, prog, {});
+    std::atomic<bool> cancelled{false};
+    // Cancels once the denoiser's tools are at work.
+    std::thread canceller([&] {
+        while (!prog->state().phaseTitle.startsWith("Denoise") && !cancelled)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        run->cancel();
+        cancelled = true;
+    });
+    run->start();
+    cancelled = true;
+    canceller.join();
+    EXPECT_EQ(run->error(), "Cancelled.");
+    EXPECT_FALSE(QFileInfo::exists(run->resultPath()));
+    EXPECT_EQ(digest(source), before);
+    run.reset();
+    EXPECT_EQ(leftovers(), QStringList());
 }
 
 TEST_F(BrightwashBadInput, ReadOnlyFolder) {

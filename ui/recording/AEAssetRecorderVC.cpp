@@ -13,6 +13,7 @@
 #include "project/model/AEMarker.h"
 #include "project/model/AEShow.h"
 #include "project/model/AESubsamples.h"
+#include "recording/MediaCheck.h"
 #include "recording/Recorder.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
@@ -344,6 +345,8 @@ void AEAssetRecorderVC::globalStop(bool doSave) {
         qxLog("AEAssetRecorderVC.globalStop: cannot rename " + finished + " to " + finalPath);
         finalPath = finished;
     }
+    // A take the probes cannot read stays on disk, told, and out of the list.
+    if (!mediaAcceptedOrTold(finalPath)) return;
     AEAsset::Args args;
     args.filePath = finalPath;
     args.name = nameField->text().trimmed().isEmpty() ? QFileInfo(finalPath).completeBaseName()

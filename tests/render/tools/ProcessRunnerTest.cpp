@@ -59,6 +59,13 @@ TEST(ProcessRunner, KillsAProgramPastItsTimeoutOrWhenCancelled) {
         EXPECT_FALSE(runProcess(request).finished) << keepOutput;
         EXPECT_EQ(asked, 2) << keepOutput;
     }
+
+    // A job's scope reaches the runs of the helpers it calls; a request's own test comes first.
+    const ProcessCancelScope scope([] { return true; });
+    EXPECT_FALSE(runProcess({.program = "/bin/sleep", .arguments = {"30"}}).finished);
+    auto ownTest = ProcessRequest{.program = "/bin/sleep", .arguments = {"0.3"}};
+    ownTest.cancelled = [] { return false; };
+    EXPECT_TRUE(runProcess(ownTest).finished);
 }
 
 TEST(ProcessRunner, AMissingProgramDoesNotStart) {
