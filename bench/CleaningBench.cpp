@@ -12,9 +12,9 @@
 // qxLog writes to standard output: CleaningBench >/dev/null --benchmark_out=clean.txt
 // --benchmark_out_format=console
 #include "BenchMain.h"
+#include "cleaning/AudioAnalysis.h"
 #include "cleaning/Brightwash.h"
 #include "cleaning/ClusterGate.h"
-#include "cleaning/AudioAnalysis.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -1,8 +1,8 @@
 #include "cleaning/DenoiseDefault.h"
 
+#include "cleaning/AudioAnalysis.h"
 #include "cleaning/ClusterAnalysis.h"
 #include "cleaning/ClusterGate.h"
-#include "cleaning/AudioAnalysis.h"
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
 #include "foundation/Log.h"

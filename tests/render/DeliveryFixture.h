@@ -35,9 +35,8 @@ protected:
     // clip at full scale.
     QString noiseAt(const QString& name, int channels, double lufs, double seconds = 20.0) const {
         const QString raw = path(name + ".raw.wav");
-        run("/usr/bin/sox",
-            {"-n", "-r", "44100", "-c", QString::number(channels), "-b", "16", raw, "synth",
-             QString::number(seconds), "pinknoise", "gain", "-n", "-20"});
+        run("/usr/bin/sox", {"-n", "-r", "44100", "-c", QString::number(channels), "-b", "16", raw, "synth",
+                             QString::number(seconds), "pinknoise", "gain", "-n", "-20"});
         const auto measured = loudness_measure(raw);
         EXPECT_TRUE(measured.has_value());
         const QString out = path(name);
