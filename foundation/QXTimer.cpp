@@ -14,7 +14,8 @@
 
 namespace {
 std::mutex listMutex;
-std::vector<std::shared_ptr<QXTimer>> timerList;
+// Never destroyed: records held by other statics stop their timers while the process exits.
+std::vector<std::shared_ptr<QXTimer>>& timerList = *new std::vector<std::shared_ptr<QXTimer>>();
 std::atomic<int> madeCount{0};
 
 QString newTimerId() {
