@@ -88,14 +88,25 @@ TEST_F(BrightwashQuality, PauseRemovalShortensLongPausesAndKeepsOrder) {
     // The quiet left between passages: the gap of pauseLength plus the quietest ends of the fades of
     // denoised noise (0.02...0.16 s, varying with the noise)
     // around it; the fade at the end of the file makes the last run.
-    const std::vector<SpeechSpan> runs = silentRuns(out, 0.1);
+    // A blip of denoised noise shorter than 0.1 s can split one gap in two: it is still one gap.
+    std::vector<SpeechSpan> runs;
+    std::vector<double> quiet;
+    for (const SpeechSpan& r : silentRuns(out, 0.1)) {
+        if (!runs.empty() && r.from - runs.back().to < 0.1) {
+            runs.back().to = r.to;
+            quiet.back() += r.to - r.from;
+        } else {
+            runs.push_back(r);
+            quiet.push_back(r.to - r.from);
+        }
+    }
     QStringList seen;
     for (const SpeechSpan& r : runs)
         seen << QString("%1-%2").arg(r.from).arg(r.to);
     ASSERT_EQ(runs.size(), pauses.size() + 1) << seen.join(" ").toStdString();
     for (size_t i = 0; i < pauses.size(); ++i) {
-        EXPECT_GE(runs[i].to - runs[i].from, s.pauseLength - 0.01) << seen.join(" ").toStdString();
-        EXPECT_LE(runs[i].to - runs[i].from, s.pauseLength + 0.2) << seen.join(" ").toStdString();
+        EXPECT_GE(quiet[i], s.pauseLength - 0.01) << seen.join(" ").toStdString();
+        EXPECT_LE(quiet[i], s.pauseLength + 0.2) << seen.join(" ").toStdString();
     }
     // Each passage keeps its length, in order: what was cut is the pauses' excess.
     const double cut = (pauses[0].to - pauses[0].from) + (pauses[1].to - pauses[1].from);
