@@ -3,6 +3,7 @@
 // music with a keyframe, two seconds of play, an MP3 export read back by ffprobe, and the close back
 // to the list with the timeline and the modified date on disk.
 
+#include "WindowSession.h"
 #include "app/windows/AppDelegate.h"
 #include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
@@ -101,27 +102,15 @@ protected:
         ASSERT_TRUE(show.save(folder + "show.AEShow"));
         timelinePath = episode->timelineDataPath;
 
-        prefs_removeKey("workFolder");
-        prefs_setValueString("WorkingFolder", folder);
-        prefs_setValueBool("AEIngest.DontAskAtDrag", true);
-        prefs_setValueBool("AEIngest.Normalize", false);
+        windowsession::begin(folder, door);
         prefs_setValueString("TimelineExport.folder", out.path());
-        setUserInteraction(door);
     }
 
     void TearDown() override {
         delegate.reset();
         mainVC = nullptr;
-        zendrelShow.reset();
-        AEEpisodeSelected.reset();
-        AEEpisodeSelectedId.reset();
-        TimelineWindowStatus = AEWindowStatus::closed;
-        prefs_removeKey("WorkingFolder");
-        prefs_removeKey("AEIngest.DontAskAtDrag");
-        prefs_removeKey("AEIngest.Normalize");
         prefs_removeKey("TimelineExport.folder");
-        setUserInteraction(nullptr);
-        testenv::useStoreWorkFolder();
+        windowsession::end();
     }
 
     static std::shared_ptr<AEAsset> commonAsset(const QString& file, const QString& name, AEAssetType type) {

@@ -3,6 +3,7 @@
 // cleaned asset beside it with its progress window gone.
 
 #include "../../recording/RecordingFixture.h"
+#include "WindowSession.h"
 #include "app/windows/AppDelegate.h"
 #include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
@@ -44,24 +45,13 @@ protected:
         AEShow show("Entries Show");
         show.episodes.push_back(std::make_shared<AEEpisode>("E1", "Pilot", "", folder));
         ASSERT_TRUE(show.save(folder + "show.AEShow"));
-        prefs_removeKey("workFolder");
-        prefs_setValueString("WorkingFolder", folder);
-        prefs_setValueBool("AEIngest.DontAskAtDrag", true);
-        prefs_setValueBool("AEIngest.Normalize", false);
-        setUserInteraction(door);
+        windowsession::begin(folder, door);
     }
 
     void TearDown() override {
         delegate.reset();
         mainVC = nullptr;
-        zendrelShow.reset();
-        AEEpisodeSelected.reset();
-        AEEpisodeSelectedId.reset();
-        TimelineWindowStatus = AEWindowStatus::closed;
-        for (const char* key : {"WorkingFolder", "AEIngest.DontAskAtDrag", "AEIngest.Normalize"})
-            prefs_removeKey(key);
-        setUserInteraction(nullptr);
-        testenv::useStoreWorkFolder();
+        windowsession::end();
     }
 
     TimelineViewController* vc() const { return delegate->timelineVC(); }
