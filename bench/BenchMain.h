@@ -2,6 +2,8 @@
 // The main() of every bench: preferences and folders of the run go to a private home, never the
 // user's, before Qt reads them.
 
+#include "render/tools/ProcessRunner.h"
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
@@ -21,4 +23,11 @@ inline int runBenchmarks(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
+}
+
+// Runs a tool to its end, its output discarded and its errors shown; true when it exited with 0.
+inline bool runTool(const QString& program, const QStringList& arguments) {
+    const ProcessResult r =
+        runProcess(ProcessRequest{.program = program, .arguments = arguments, .keepOutput = false});
+    return r.finished && r.exitCode == 0;
 }

@@ -18,7 +18,6 @@
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
@@ -26,14 +25,6 @@
 namespace {
 
 constexpr double kMinutes = 30.0;
-
-bool runTool(const QString& program, const QStringList& arguments) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    return process.waitForFinished(-1) && process.exitCode() == 0;
-}
 
 // Ten sentences with pauses of 0.5...3 s, repeated to kMinutes, with noise and hum mixed in.
 QString makeTalk(const QTemporaryDir& dir) {

@@ -28,7 +28,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 
@@ -37,14 +36,6 @@ namespace {
 constexpr int kSpeechItems = 40;
 constexpr double kSpeechSeconds = 90.0;
 constexpr int kEffects = 10;
-
-bool runTool(const QString& program, const QStringList& arguments) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    return process.waitForFinished(-1) && process.exitCode() == 0;
-}
 
 std::shared_ptr<AEAsset> fileAsset(const QString& file, AEAssetType type) {
     AEAsset::Args args;
