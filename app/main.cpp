@@ -4,6 +4,7 @@
 #include "app/windows/TimelineViewController.h"
 #include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
+#include "foundation/ProcessExit.h"
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "ui/AppStyle.h"
@@ -13,10 +14,8 @@
 #include <QApplication>
 #include <memory>
 
-int main(int argc, char** argv) {
-    // A command runs without a window or a display.
-    if (cli_isCommandLine(argc, argv)) return cli_run(argc, argv);
-
+namespace {
+int runWindowed(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);
@@ -40,4 +39,11 @@ int main(int argc, char** argv) {
     }();
     setUserInteraction(nullptr);
     return status;
+}
+} // namespace
+
+int main(int argc, char** argv) {
+    // A command runs without a window or a display.
+    if (cli_isCommandLine(argc, argv)) return cli_run(argc, argv);
+    exitWithoutLibraryTeardown(runWindowed(argc, argv));
 }

@@ -1,14 +1,24 @@
 #include "app/core/AS.h"
+#include "foundation/ProcessExit.h"
+#include "support/PulseNullSink.h"
 #include "support/TestEnvironment.h"
 
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
-int main(int argc, char** argv) {
-    testenv::isolateUserFolders();
+namespace {
+int runTests(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     testenv::useStoreWorkFolder();
     AS::installToolLocator();
     ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    const int status = RUN_ALL_TESTS();
+    testenv::sharedPulseNullSink().reset();
+    return status;
+}
+} // namespace
+
+int main(int argc, char** argv) {
+    testenv::isolateUserFolders();
+    exitWithoutLibraryTeardown(runTests(argc, argv));
 }
