@@ -4,7 +4,7 @@
 #include "app/windows/TimelineViewController.h"
 #include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
-#include "foundation/ProcessExit.h"
+#include "foundation/QuickExit.h"
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/SharedAudioEngine.h"
 #include "ui/AppStyle.h"

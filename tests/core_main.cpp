@@ -1,5 +1,5 @@
 #include "app/core/AS.h"
-#include "foundation/ProcessExit.h"
+#include "foundation/QuickExit.h"
 #include "support/PulseNullSink.h"
 #include "support/TestEnvironment.h"
 

