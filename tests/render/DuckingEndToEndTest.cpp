@@ -92,12 +92,6 @@ protected:
         return a;
     }
 
-    std::shared_ptr<AEAsset> pause() {
-        AEAsset::Args args;
-        args.type = AEAssetType::silence;
-        return AEAsset::make(args);
-    }
-
     // Only the bed: the speech lies below 11025 Hz.
     Envelope bedOf(const QString& file) {
         const QString filtered = path("bed-" + QFileInfo(file).fileName());
@@ -125,11 +119,11 @@ protected:
 };
 
 TEST_F(DuckingEndToEndTest, ExportAndPlaybackDipTheBedUnderEachSpokenStretch) {
-    tl->appendItemInMainLane(pause(), AETimeRange(0, 3), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 3), false);
     auto a = tl->appendItemInMainLane(spoken("first", "one two three four five six"), std::nullopt, false);
-    tl->appendItemInMainLane(pause(), AETimeRange(0, 5), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 5), false);
     auto b = tl->appendItemInMainLane(spoken("second", "seven eight nine ten eleven"), std::nullopt, false);
-    tl->appendItemInMainLane(pause(), AETimeRange(0, 3), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 3), false);
     const auto bedAsset = fileAsset(tone("bed.wav", 30.0, kBedHz, 44100, 1, 0.3), AEAssetType::bgm);
     bedAsset->bgmSettings = std::make_shared<AEBGMSettings>(true, 1.0, true);
     auto bed = tl->attachItem(bedAsset, -1, 0.5, std::nullopt, false, false);

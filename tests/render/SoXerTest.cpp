@@ -31,18 +31,13 @@ protected:
         QDir(dir.path()).mkpath("out");
         return path("out/" + name);
     }
-    std::shared_ptr<AEAsset> silenceAsset() {
-        AEAsset::Args args;
-        args.type = AEAssetType::silence;
-        return AEAsset::make(args);
-    }
 };
 
 TEST_F(SoXerTest, ItemsOnEveryLaneStartAtTheirTimelineTime) {
     const auto c1 = fileAsset(click("c1.wav", 1.0));
     const auto c2 = fileAsset(click("c2.wav", 1.5));
     tl->appendItemInMainLane(c1, std::nullopt, false);
-    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 0.75), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 0.75), false);
     tl->appendItemInMainLane(c2, std::nullopt, false);
     tl->appendItemInMainLane(c1, std::nullopt, false); // main lane: clicks at 0, 1.75, 3.25
     // Three items that overlap in 2.25…3.25 must sit on three lanes.
@@ -99,7 +94,7 @@ TEST_F(SoXerTest, AVolumeEnvelopeIsAppliedSampleBySample) {
 }
 
 TEST_F(SoXerTest, LoopingMusicFillsItsSpanAndFadesOut) {
-    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 4.0), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 4.0), false);
     const auto bgm = fileAsset(tone("loop.wav", 1.0, 440, 44100, 2), AEAssetType::bgm);
     bgm->bgmSettings = std::make_shared<AEBGMSettings>(true, 0.5, false);
     auto item = tl->attachItem(bgm, 1, 0.5, std::nullopt, false, false);
@@ -118,7 +113,7 @@ TEST_F(SoXerTest, LoopingMusicFillsItsSpanAndFadesOut) {
 }
 
 TEST_F(SoXerTest, MusicLongerThanItsSpanIsOnePieceAndEndsOnTime) {
-    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 2.0), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 2.0), false);
     const auto bgm = fileAsset(tone("long.wav", 5.0, 440, 44100, 2), AEAssetType::bgm);
     bgm->bgmSettings = std::make_shared<AEBGMSettings>(true, 0.25, false);
     tl->attachItem(bgm, 1, 0.0, std::nullopt, false, false);
@@ -130,7 +125,7 @@ TEST_F(SoXerTest, MusicLongerThanItsSpanIsOnePieceAndEndsOnTime) {
 }
 
 TEST_F(SoXerTest, ShortItemsAreSkippedButTheirLaneKeepsTime) {
-    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 3.0), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 3.0), false);
     const auto c = fileAsset(click("c.wav", 0.5), AEAssetType::effect);
     tl->attachItem(c, 1, 0.5, std::nullopt, false, false);
     tl->attachItem(c, 1, 1.25, AETimeRange(0, 0.005), false, false);

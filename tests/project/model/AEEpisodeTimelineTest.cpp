@@ -1,11 +1,7 @@
-#include "foundation/Interaction.h"
-#include "foundation/Log.h"
-#include "project/model/AEAsset.h"
-#include "project/model/AEAssetDB.h"
 #include "project/model/AEEpisode.h"
 #include "support/EventWait.h"
-#include "timeline/model/AETimeLine.h"
-#include "timeline/model/AETimeLineItem.h"
+#include "support/ScriptedSession.h"
+#include "timeline/model/TimelineFixture.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -15,50 +11,13 @@
 #include <gtest/gtest.h>
 #include <memory>
 
-namespace {
+using namespace tlfixture;
 
-// A file-less asset the store can find by id.
-std::shared_ptr<AEAsset> stored(const QString& id, double duration, AEAssetType type = AEAssetType::speech) {
-    auto a = AEAsset::makePlaceholder();
-    a->id = id;
-    a->name = id;
-    a->type = type;
-    a->duration = duration;
-    AEAssetDB::saveAsset(a);
-    return a;
-}
-
-std::shared_ptr<AEAsset> silence() {
-    AEAsset::Args args;
-    args.type = AEAssetType::silence;
-    return AEAsset::make(args);
-}
-
-QStringList idsOf(const std::vector<std::shared_ptr<AEAsset>>& assets) {
-    QStringList ids;
-    for (const auto& a : assets)
-        ids << a->id;
-    return ids;
-}
-
-QStringList itemIdsOf(const AETimeLine::Items& items) {
-    QStringList ids;
-    for (const auto& item : items)
-        ids << item->id;
-    return ids;
-}
-
-} // namespace
-
-class AEEpisodeTimeline : public ::testing::Test {
+class AEEpisodeTimeline : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
         episode = std::make_shared<AEEpisode>("E1", "Pilot", QString(), dir.path() + "/");
     }
-
-    void TearDown() override { setUserInteraction(nullptr); }
 
     // Main lane: intro (10 s), a silence (2 s), talk (30 s); attached: sting on lane 1 at 4 s.
     void fillTimeline(const QString& prefix) {
@@ -70,7 +29,6 @@ protected:
     }
 
     QTemporaryDir dir;
-    std::shared_ptr<ScriptedInteraction> door;
     std::shared_ptr<AEEpisode> episode;
 };
 
@@ -87,8 +45,8 @@ TEST_F(AEEpisodeTimeline, SavedTimelineComesBackFromItsDataPath) {
     ASSERT_TRUE(episode->timeline);
     EXPECT_NE(episode->timeline, original);
     EXPECT_EQ(episode->timeline->id, episode->id);
-    EXPECT_EQ(itemIdsOf(episode->timeline->mainLane), itemIdsOf(original->mainLane));
-    EXPECT_EQ(itemIdsOf(episode->timeline->attachedItems), itemIdsOf(original->attachedItems));
+    EXPECT_EQ(idsOf(episode->timeline->mainLane), idsOf(original->mainLane));
+    EXPECT_EQ(idsOf(episode->timeline->attachedItems), idsOf(original->attachedItems));
     EXPECT_EQ(episode->timeline->getTimelineOutTime(), 42.0);
     EXPECT_EQ(episode->timeline->currentPHTime, 7.0);
     EXPECT_EQ(episode->timeline->mainLane[2]->asset, original->mainLane[2]->asset);
@@ -122,7 +80,7 @@ TEST_F(AEEpisodeTimeline, AMissingOrUnreadableFileGivesANewEmptyTimeline) {
 TEST_F(AEEpisodeTimeline, AsyncLoadCallsBackOnTheMainThreadWithTheTimelineInPlace) {
     fillTimeline("ep.async");
     episode->saveTimeline();
-    const QStringList expected = itemIdsOf(episode->timeline->mainLane);
+    const QStringList expected = idsOf(episode->timeline->mainLane);
     episode->timeline = nullptr;
 
     std::atomic<bool> called = false;
@@ -130,7 +88,7 @@ TEST_F(AEEpisodeTimeline, AsyncLoadCallsBackOnTheMainThreadWithTheTimelineInPlac
     QStringList seen;
     episode->loadTimelineAsync([&] {
         onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
-        if (episode->timeline) seen = itemIdsOf(episode->timeline->mainLane);
+        if (episode->timeline) seen = idsOf(episode->timeline->mainLane);
         called = true;
     });
     EXPECT_FALSE(called) << "the caller is not kept waiting";

@@ -1,8 +1,6 @@
 // Every way a path becomes media, fed what is not audio: each refuses with a message that names the
 // file and the reason, writes nothing, and none of them waits on a pipe.
 
-#include "foundation/Interaction.h"
-#include "foundation/Log.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
@@ -10,6 +8,7 @@
 #include "project/model/Ingest.h"
 #include "recording/MediaCheck.h"
 #include "support/EventWait.h"
+#include "support/ScriptedSession.h"
 #include "support/TestAudio.h"
 #include "support/TestEnvironment.h"
 
@@ -17,7 +16,6 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <gtest/gtest.h>
-#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -150,35 +148,19 @@ const std::vector<EntryPoint> kEntryPoints = {
      false},
 };
 
-class BadInput : public ::testing::TestWithParam<BadPath> {
+class BadInput : public ::testing::TestWithParam<BadPath>, protected ScriptedSession {
 protected:
     void SetUp() override {
         testenv::useStoreWorkFolder();
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
-        logToken = addLogSink([this](const QString& line) {
-            std::lock_guard lock(logMutex);
-            log << line;
-        });
         // A hang is the fault under test: die loudly rather than wait for the runner's timeout.
         ::alarm(60);
     }
     void TearDown() override {
         ::alarm(0);
         testenv::pumpEventsFor(50);
-        removeLogSink(logToken);
-        setUserInteraction(nullptr);
-    }
-    bool logged(const QString& text) {
-        std::lock_guard lock(logMutex);
-        return std::any_of(log.begin(), log.end(), [&](const QString& line) { return line.contains(text); });
     }
 
     TestAudio maker;
-    std::shared_ptr<ScriptedInteraction> door;
-    std::mutex logMutex;
-    QStringList log;
-    int logToken = 0;
 };
 
 } // namespace
@@ -205,7 +187,7 @@ TEST_P(BadInput, EveryEntryPointRefusesWithTheReasonAndWritesNothing) {
         } else {
             EXPECT_EQ(transcript.size(), alertsBefore);
             if (entry.missingIsRefused || QFileInfo::exists(path)) {
-                EXPECT_TRUE(logged(message));
+                EXPECT_FALSE(logged().filter(message).isEmpty());
             }
         }
     }

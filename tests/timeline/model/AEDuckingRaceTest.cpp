@@ -4,7 +4,6 @@
 // final state gives: nothing of removed speech, nothing lost.
 
 #include "TimelineFixture.h"
-#include "project/model/AEAssetDucking.h"
 #include "support/EventWait.h"
 #include "timeline/model/AEDucking.h"
 #include "timeline/model/AEKeyframe.h"
@@ -16,16 +15,6 @@
 namespace {
 
 using namespace tlfixture;
-
-std::shared_ptr<AEAsset> speech(const QString& name, double duration, double on, double off) {
-    auto a = asset(name, duration);
-    a->assetDucking = AEAssetDucking::make(name, nullptr);
-    QXOnOffList list;
-    list.clusters = {{on, off}};
-    list.clustersToEvents();
-    a->assetDucking->setDuckingClusters(list);
-    return a;
-}
 
 std::vector<AEDuckingJob::Point> pointsOf(const AEKeyframeList& list) {
     std::vector<AEDuckingJob::Point> points;
@@ -44,7 +33,7 @@ TEST(AEDuckingRace, EditsDuringJobsLeaveTheDipsOfTheFinalState) {
         std::uniform_real_distribution<double> len(4, 12);
         const double d = std::round(len(rng));
         ++made;
-        return speech("s" + QString::number(made), d, 1, d - 1.5);
+        return speech("s" + QString::number(made), d, {{1, d - 1.5}});
     };
     for (int n = 0; n < 6; ++n)
         tl->appendItemInMainLane(newSpeech(), std::nullopt, false);

@@ -5,7 +5,6 @@
 
 #include "TimelineFixture.h"
 #include "foundation/Prefs.h"
-#include "project/model/AEAssetDucking.h"
 #include "project/model/DuckingSettings.h"
 #include "support/EventWait.h"
 #include "timeline/model/AEKeyframe.h"
@@ -17,18 +16,6 @@ using namespace tlfixture;
 struct Pt {
     double time, value;
 };
-
-// A speech asset whose analysis has the given on-spans (asset time).
-std::shared_ptr<AEAsset> speech(const QString& name, double duration, std::vector<QXOnOffCluster> spans,
-                                AEAssetType type = AEAssetType::speech) {
-    auto a = asset(name, duration, type);
-    a->assetDucking = AEAssetDucking::make(name, nullptr);
-    QXOnOffList list;
-    list.clusters = std::move(spans);
-    list.clustersToEvents();
-    a->assetDucking->setDuckingClusters(list);
-    return a;
-}
 
 class AEDuckingTest : public ::testing::Test {
 protected:
@@ -129,16 +116,6 @@ TEST_F(AEDuckingTest, MusicThatDoesNotAutoduckIsLeftAloneButTheCommandStillDips)
     tl->autoDuckSelection(false);
     expectPoints(*bed->volumeKFs, {{9.7, 0}, {10.5, -12}, {19.6, -12}, {20.8, 0}}, false);
     EXPECT_DOUBLE_EQ(bed->globalKFS->getValue(15), -12);
-}
-
-TEST_F(AEDuckingTest, FadeOutAddsToTheEnvelopeAtTheEnd) {
-    tl->appendItemInMainLane(speech("talk", 60, {}), std::nullopt, false);
-    auto bed = tl->attachItem(music("bed", 100, false), -1, 0, std::nullopt, false, false);
-    bed->volumeKFs->setKeyframe(58, -6.0);
-    tl->adjustBGM(false);
-    expectPoints(*bed->fadeOutKFS, {{55, 0}, {60, -60}}, false);
-    EXPECT_DOUBLE_EQ(bed->globalKFS->getValue(58), -6 + bed->fadeOutKFS->getValue(58));
-    EXPECT_DOUBLE_EQ(bed->globalKFS->getValue(58), -42);
 }
 
 TEST_F(AEDuckingTest, AnOvertakenOrOrphanedJobChangesNothing) {

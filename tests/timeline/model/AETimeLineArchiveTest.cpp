@@ -11,7 +11,6 @@
 #include <QStringList>
 #include <QTemporaryDir>
 #include <functional>
-#include <iostream>
 #include <time.h>
 
 using namespace tlfixture;
@@ -92,31 +91,10 @@ qint64 threadCpuMs() {
     return static_cast<qint64>(t.tv_sec) * 1000 + t.tv_nsec / 1000000;
 }
 
-QStringList idsOf(const AETimeLine::Items& items) {
-    QStringList ids;
-    for (const auto& item : items)
-        ids << item->id;
-    return ids;
-}
-
 } // namespace
 
 class AETimeLineArchive : public ::testing::Test, protected ScriptedSession {
 protected:
-    // An asset the store can find by id when the timeline comes back.
-    static std::shared_ptr<AEAsset> stored(const QString& id, double duration,
-                                           AEAssetType type = AEAssetType::speech) {
-        auto a = asset(id, duration, type);
-        AEAssetDB::saveAsset(a);
-        return a;
-    }
-
-    static std::shared_ptr<AEAsset> silence() {
-        AEAsset::Args args;
-        args.type = AEAssetType::silence;
-        return AEAsset::make(args);
-    }
-
     QString path(const QString& id) const { return AETimeLine::persistPath(dir.path() + "/", id); }
 
     QString saved(const std::shared_ptr<AETimeLine>& tl) const {
@@ -495,44 +473,6 @@ TEST_F(AETimeLineArchive, AFileThatIsNoTimelineArchiveGivesNothing) {
     ASSERT_TRUE(whole.resize(data.size() / 2));
     whole.close();
     EXPECT_FALSE(AETimeLine::load(cut));
-}
-
-TEST_F(AETimeLineArchive, TenThousandItemsLoadQuickly) {
-    constexpr int kMain = 9000;
-    constexpr int kAttached = 1000;
-    const auto clip = stored("arch.many.clip", 2.0);
-    const auto fx = stored("arch.many.fx", 1.0, AEAssetType::effect);
-    AETimeLine::Items main;
-    AETimeLine::Items attached;
-    for (int n = 0; n < kMain; ++n)
-        main.push_back(AETimeLineItem::make(clip, "m" + QString::number(n), 0, 0));
-    // Two lanes of short items that never overlap within their lane.
-    for (int n = 0; n < kAttached; ++n)
-        attached.push_back(AETimeLineItem::make(fx, "a" + QString::number(n), n % 2 ? 1 : -1, 4.0 * n));
-    auto tl = AETimeLine::make("many", main, attached);
-    tl->refillMainLaneInTime();
-
-    const qint64 start = threadCpuMs();
-    const QString file = saved(tl);
-    const qint64 saveMs = threadCpuMs() - start;
-    const auto back = AETimeLine::load(file);
-    const qint64 loadMs = threadCpuMs() - start - saveMs;
-    std::cout << "[ measure  ] " << kMain + kAttached << " items, CPU time: save " << saveMs << " ms, load "
-              << loadMs << " ms\n";
-
-    ASSERT_TRUE(back);
-    ASSERT_EQ(back->mainLane.size(), static_cast<size_t>(kMain));
-    ASSERT_EQ(back->attachedItems.size(), static_cast<size_t>(kAttached));
-    EXPECT_EQ(back->mainLane.back()->inTime, 2.0 * (kMain - 1));
-    EXPECT_EQ(back->attachedItems.back()->inTime, 4.0 * (kAttached - 1));
-    EXPECT_EQ(loggedCount(kItemFailed), 0);
-    expectInvariants(*back);
-#if defined(__SANITIZE_ADDRESS__)
-    constexpr qint64 kBudgetMs = 20000;
-#else
-    constexpr qint64 kBudgetMs = 3000;
-#endif
-    EXPECT_LT(loadMs, kBudgetMs);
 }
 
 TEST_F(AETimeLineArchive, ALaneNumberNoLayoutCouldReachRejectsTheItem) {

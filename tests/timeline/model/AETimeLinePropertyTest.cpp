@@ -8,7 +8,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStringList>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -40,42 +39,6 @@ private:
     uint64_t state_;
 };
 
-// A time named by what it is (a cut, the end, an attached item's edge, or a number), resolved when
-// the step runs.
-struct TimeSpec {
-    enum class Mode { cutIn, cutOut, mainEnd, attachedIn, attachedOut, free } mode = Mode::free;
-    uint64_t k = 0;
-    double value = 0;
-
-    double resolve(const AETimeLine& tl) const {
-        const auto n = static_cast<uint64_t>(tl.mainLane.size());
-        const auto m = static_cast<uint64_t>(tl.attachedItems.size());
-        switch (mode) {
-        case Mode::cutIn:
-            return n ? tl.mainLane[k % n]->inTime : 0;
-        case Mode::cutOut:
-            return n ? tl.mainLane[k % n]->outTime() : 0;
-        case Mode::mainEnd:
-            return tl.getMainLaneOutTime();
-        case Mode::attachedIn:
-            return m ? tl.attachedItems[k % m]->inTime : value;
-        case Mode::attachedOut:
-            return m ? tl.attachedItems[k % m]->outTime() : value;
-        case Mode::free:
-            break;
-        }
-        return value;
-    }
-
-    std::string text() const {
-        static const char* names[] = {"cutIn", "cutOut", "mainEnd", "attachedIn", "attachedOut", "free"};
-        const std::string name = names[static_cast<int>(mode)];
-        if (mode == Mode::free) return QString::number(value, 'g', 17).toStdString();
-        if (mode == Mode::mainEnd) return name;
-        return name + "[" + std::to_string(k) + "]";
-    }
-};
-
 enum class Kind {
     insert,
     append,
@@ -99,8 +62,8 @@ enum class Kind {
 
 struct Op {
     Kind kind = Kind::undo;
-    TimeSpec t;
-    TimeSpec t2;
+    double t = 0;
+    double t2 = 0;
     uint64_t k = 0;    // an index, taken modulo the size of the list it picks from
     int64_t lane = 0;  // attach, range and keyframe lane; for a blade an index into the lanes
     double length = 0; // of the new asset, or of the silence
@@ -108,81 +71,31 @@ struct Op {
     double value = 0; // a keyframe's level
     AEAssetType type = AEAssetType::speech;
     bool flag = false; // autoduck for music, superBlade for a blade
-
-    std::string text() const {
-        const std::string at = " t=" + t.text();
-        const std::string kn = " k=" + std::to_string(k);
-        const std::string ln = " lane=" + std::to_string(lane);
-        const std::string len = " length=" + QString::number(length, 'g', 17).toStdString();
-        const std::string type = " type=" + std::to_string(static_cast<int>(this->type));
-        const std::string range = " range=(" + t.text() + ", " + t2.text() + ")" + ln;
-        switch (kind) {
-        case Kind::insert:
-            return "insertItemInMainLane" + kn + len + type;
-        case Kind::append:
-            return "appendItemInMainLane" + len + type;
-        case Kind::removeMain:
-            return "removeItemInMainLane" + kn;
-        case Kind::attach:
-            return "attachItem" + ln + at + len + type + (flag ? " autoduck" : "");
-        case Kind::removeAttached:
-            return "removeAttachedItem" + kn;
-        case Kind::slice:
-            return "sliceMainLane" + at;
-        case Kind::split:
-            return "splitAttachedItem" + kn + " fraction=" + std::to_string(fraction);
-        case Kind::blade:
-            return std::string(flag ? "superBlade" : "blade") + at + " laneIndex=" + std::to_string(lane);
-        case Kind::deleteRange:
-            return "deleteSelection" + range;
-        case Kind::deactivateRange:
-            return "deactivateSelection" + range;
-        case Kind::copyRange:
-            return "copySelection" + range;
-        case Kind::paste:
-            return "paste" + at;
-        case Kind::cutRange:
-            return "cut" + range;
-        case Kind::insertSilence:
-            return "insertSilence hover" + at + len;
-        case Kind::volumeKeyframe:
-            return "newVolumeKeyframe" + at + ln + " value=" + std::to_string(value);
-        case Kind::marker:
-            return "addMarker" + kn + " fraction=" + std::to_string(fraction);
-        case Kind::mute:
-            return "toggleMuteItem" + kn;
-        case Kind::undo:
-            return "undo";
-        }
-        return "?";
-    }
 };
 
-TimeSpec pickTime(Rng& rng, const AETimeLine& tl) {
-    TimeSpec s;
-    s.k = rng.next() % 1000;
+// A time at a cut, the end, an attached item's edge, or anywhere (on the grid or off it).
+double pickTime(Rng& rng, const AETimeLine& tl) {
+    const uint64_t k = rng.next() % 1000;
     const double end = tl.getMainLaneOutTime();
+    const size_t n = tl.mainLane.size();
+    const size_t m = tl.attachedItems.size();
     switch (rng.below(8)) {
     case 0:
-        s.mode = TimeSpec::Mode::cutIn;
-        break;
+        return n ? tl.mainLane[k % n]->inTime : 0;
     case 1:
-        s.mode = TimeSpec::Mode::cutOut;
-        break;
+        return n ? tl.mainLane[k % n]->outTime() : 0;
     case 2:
-        s.mode = TimeSpec::Mode::mainEnd;
-        break;
-    case 3:
-        s.mode = rng.chance(0.5) ? TimeSpec::Mode::attachedIn : TimeSpec::Mode::attachedOut;
-        s.value = simpleRound(rng.between(0, end + 1));
-        break;
-    case 4: // off the grid: the model rounds
-        s.value = rng.between(0, end * 1.2 + 1);
-        break;
-    default:
-        s.value = simpleRound(rng.between(0, end * 1.1 + 1));
+        return end;
+    case 3: {
+        const bool in = rng.chance(0.5);
+        const double free = simpleRound(rng.between(0, end + 1));
+        return !m ? free : in ? tl.attachedItems[k % m]->inTime : tl.attachedItems[k % m]->outTime();
     }
-    return s;
+    case 4: // off the grid: the model rounds
+        return rng.between(0, end * 1.2 + 1);
+    default:
+        return simpleRound(rng.between(0, end * 1.1 + 1));
+    }
 }
 
 double pickLength(Rng& rng) {
@@ -316,27 +229,6 @@ QByteArray comparableForm(const std::shared_ptr<AETimeLine>& tl) {
     return QJsonDocument(root.toObject()).toJson(QJsonDocument::Compact);
 }
 
-// The first lines where two forms part, with a little context.
-std::string firstDifference(const QByteArray& expected, const QByteArray& actual) {
-    const auto lines = [](const QByteArray& compact) {
-        return QString::fromUtf8(QJsonDocument::fromJson(compact).toJson(QJsonDocument::Indented))
-            .split('\n');
-    };
-    const QStringList a = lines(expected);
-    const QStringList b = lines(actual);
-    qsizetype n = 0;
-    while (n < a.size() && n < b.size() && a[n] == b[n])
-        ++n;
-    const qsizetype from = std::max<qsizetype>(0, n - 12);
-    std::string out = "first difference at line " + std::to_string(n) + "\n--- expected\n";
-    for (qsizetype k = from; k < std::min(a.size(), n + 6); ++k)
-        out += a[k].toStdString() + "\n";
-    out += "--- actual\n";
-    for (qsizetype k = from; k < std::min(b.size(), n + 6); ++k)
-        out += b[k].toStdString() + "\n";
-    return out;
-}
-
 // ---- what an edit does to the material
 
 // A stretch of one asset, in asset time.
@@ -434,26 +326,11 @@ bool besideACut(const AETimeLine& tl, double t) {
     return false;
 }
 
-std::string text(const Material& m) {
-    std::string out;
-    for (const auto& p : m)
-        out += "[" + p.asset->name.toStdString() + " " + QString::number(p.i, 'g', 12).toStdString() + ".." +
-               QString::number(p.o, 'g', 12).toStdString() + "] ";
-    return out;
-}
-
 // Where each attached item starts, by id.
 std::map<QString, double> attachedStarts(const AETimeLine& tl) {
     std::map<QString, double> out;
     for (const auto& item : tl.attachedItems)
         out[item->id] = item->inTime;
-    return out;
-}
-
-std::string text(const std::map<QString, double>& starts) {
-    std::string out;
-    for (const auto& [id, at] : starts)
-        out += id.left(6).toStdString() + "@" + QString::number(at, 'g', 12).toStdString() + " ";
     return out;
 }
 
@@ -495,21 +372,6 @@ bool musicOverlaps(const AETimeLine& tl) {
     return false;
 }
 
-// A copy cuts the main lane for a moment; music that starts where a copied jingle or advertisement
-// is cut ends at that temporary cut, and stays so after the join.
-constexpr bool kCopyMayCutMusicShort = true;
-
-// A copy of a range that starts at or after the end of the main lane copies the last clip.
-constexpr bool kCopyPastTheEndTakesTheLastClip = true;
-
-// Music ends by id.
-std::map<QString, double> musicEnds(const AETimeLine& tl) {
-    std::map<QString, double> out;
-    for (const auto& item : tl.getBGMs())
-        out[item->id] = item->bgmOutTime;
-    return out;
-}
-
 // ---- one run
 
 class Run {
@@ -535,7 +397,7 @@ public:
     void apply(const Op& op, int step) {
         AETimeLine& tl = *tl_;
         const QString name = "s" + QString::number(seed_) + "_" + QString::number(step);
-        const double t = op.t.resolve(tl);
+        const double t = op.t;
         switch (op.kind) {
         case Kind::insert: {
             const auto n = static_cast<int64_t>(tl.mainLane.size());
@@ -545,9 +407,7 @@ public:
             const auto expected =
                 simpleRound(op.length) < 0.01 ? attachedStarts(tl) : rippled(tl, from, op.length);
             tl.insertItemInMainLane(asset(name, op.length, op.type), k);
-            EXPECT_TRUE(attachedStarts(*tl_) == expected)
-                << "an insert ripples what starts at or after it\nexpected " << text(expected)
-                << "\nactual   " << text(attachedStarts(*tl_));
+            EXPECT_TRUE(attachedStarts(*tl_) == expected) << "an insert ripples what starts at or after it";
             break;
         }
         case Kind::append:
@@ -559,9 +419,7 @@ public:
             const double out = simpleRound(item->outTime());
             const auto expected = rippled(tl, out, item->inTime - out);
             tl.removeItemInMainLane(static_cast<int64_t>(op.k % tl.mainLane.size()));
-            EXPECT_TRUE(attachedStarts(*tl_) == expected)
-                << "a removal ripples what starts after it\nexpected " << text(expected) << "\nactual   "
-                << text(attachedStarts(*tl_));
+            EXPECT_TRUE(attachedStarts(*tl_) == expected) << "a removal ripples what starts after it";
             break;
         }
         case Kind::attach:
@@ -634,8 +492,7 @@ private:
         const bool sliver = besideACut(*tl_, t);
         tl_->sliceMainLane(t);
         EXPECT_TRUE(sliver ? roughlyEqual(heard(tl_->mainLane), before) : heard(tl_->mainLane) == before)
-            << "a cut changed what the main lane plays\nbefore " << text(before) << "\nafter  "
-            << text(heard(tl_->mainLane));
+            << "a cut changed what the main lane plays";
         EXPECT_TRUE(attachedPlaces(*tl_) == places) << "a cut moved an attached item";
     }
 
@@ -682,8 +539,7 @@ private:
             const bool sliver = besideACut(tl, t);
             tl.blade(event, true, op.flag);
             EXPECT_TRUE(sliver ? roughlyEqual(heard(tl_->mainLane), before) : heard(tl_->mainLane) == before)
-                << "a blade changed what the main lane plays\nbefore " << text(before) << "\nafter  "
-                << text(heard(tl_->mainLane));
+                << "a blade changed what the main lane plays";
         } else {
             tl.blade(event, true, false);
         }
@@ -691,7 +547,7 @@ private:
 
     void rangeEdit(const Op& op, double t) {
         AETimeLine& tl = *tl_;
-        const double u = op.t2.resolve(tl);
+        const double u = op.t2;
         const AETimeRange range(std::min(t, u), std::max(t, u));
         tl.drag->setRange(range, op.lane);
         // What the range drag leaves: a range of 0.01 s or less is no selection.
@@ -707,13 +563,10 @@ private:
         bool oneClip = false;
         for (const auto& item : tl.mainLane)
             oneClip = oneClip || (item->inTime == i && item->outTime() == o);
-        const auto clipboard = heard(tl.clipboardLane);
         switch (op.kind) {
         case Kind::deleteRange:
             tl.deleteSelection();
-            EXPECT_TRUE(roughlyEqual(heard(tl_->mainLane), kept))
-                << "a delete keeps all but the range\nexpected " << text(kept) << "\nactual   "
-                << text(heard(tl_->mainLane));
+            EXPECT_TRUE(roughlyEqual(heard(tl_->mainLane), kept)) << "a delete keeps all but the range";
             break;
         case Kind::deactivateRange:
             tl.deactivateSelection();
@@ -733,31 +586,17 @@ private:
             }
             break;
         case Kind::copyRange: {
-            const auto ends = musicEnds(tl);
             // Its temporary cuts lose what a slice loses: a piece under 0.01 s beside a cut, or a range
-            // that short.
+            // that short. (Known and left: music starting where a copied jingle is cut may end at that
+            // temporary cut, and a copy starting past the end takes the last clip.)
             const bool sliver = range.duration() < kSliver || besideACut(tl, i) || besideACut(tl, o);
             tl.copySelection();
-            if (!kCopyMayCutMusicShort) {
-                // Attached items come back from the temporary cuts without their cutOnce, so music
-                // may end later; it never ends earlier.
-                for (const auto& [id, end] : musicEnds(*tl_)) {
-                    EXPECT_GE(end, ends.count(id) ? ends.at(id) : end) << "a copy cut music short";
-                }
-            }
             EXPECT_TRUE(sliver ? roughlyEqual(heard(tl_->mainLane), before) : heard(tl_->mainLane) == before)
-                << "a copy changed the main lane\nbefore " << text(before) << "\nafter  "
-                << text(heard(tl_->mainLane));
+                << "a copy changed the main lane";
             // A copy does not ask whether the range is active: a collapsed one copies the clip under it.
-            if (!active) break;
-            if (i < end) {
+            if (active && i < end) {
                 EXPECT_TRUE(roughlyEqual(heard(tl_->clipboardLane), taken))
-                    << "the clipboard holds the range\nexpected " << text(taken) << "\nactual   "
-                    << text(heard(tl_->clipboardLane));
-            } else if (!kCopyPastTheEndTakesTheLastClip) {
-                // A start at the very end still empties the clipboard, as the copy's steps go.
-                EXPECT_TRUE(heard(tl_->clipboardLane) == clipboard || tl_->clipboardLane.empty())
-                    << "nothing to copy leaves the clipboard";
+                    << "the clipboard holds the range";
             }
             break;
         }
@@ -781,12 +620,8 @@ private:
         const Material expected = mainLaneWith(tl, std::min(simpleRound(t), end), clip);
         const auto starts = attachedStarts(tl);
         tl.paste(t);
-        EXPECT_TRUE(roughlyEqual(heard(tl_->mainLane), expected))
-            << "a paste puts the clipboard in at t\nexpected " << text(expected) << "\nactual   "
-            << text(heard(tl_->mainLane));
-        EXPECT_TRUE(attachedStarts(*tl_) == starts)
-            << "a paste leaves the attached items where they were\nbefore " << text(starts) << "\nafter  "
-            << text(attachedStarts(*tl_));
+        EXPECT_TRUE(roughlyEqual(heard(tl_->mainLane), expected)) << "a paste puts the clipboard in at t";
+        EXPECT_TRUE(attachedStarts(*tl_) == starts) << "a paste leaves the attached items where they were";
     }
 
     void undo() {
@@ -799,8 +634,7 @@ private:
         tl_ = undoTimeline(tl_, queue_);
         const QByteArray actual = comparableForm(tl_);
         ++undosCompared_;
-        EXPECT_TRUE(actual == expected) << "undo did not restore the snapshot\n"
-                                        << firstDifference(expected, actual);
+        EXPECT_TRUE(actual == expected) << "undo did not restore the snapshot";
     }
 
     uint64_t seed_;
@@ -817,7 +651,8 @@ void runSeed(uint64_t seed, int steps) {
     ASSERT_FALSE(::testing::Test::HasFailure()) << "the starting timeline is broken";
     for (int step = 0; step < steps; ++step) {
         const Op op = nextOp(rng, *run.current());
-        SCOPED_TRACE("seed " + std::to_string(seed) + " step " + std::to_string(step) + ": " + op.text());
+        SCOPED_TRACE("seed " + std::to_string(seed) + " step " + std::to_string(step) + " kind " +
+                     std::to_string(static_cast<int>(op.kind)));
         run.apply(op, step);
         expectInvariants(*run.current());
         // One broken rule is enough: the steps after it would only repeat it.

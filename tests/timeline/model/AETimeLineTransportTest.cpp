@@ -74,12 +74,6 @@ protected:
         return out;
     }
 
-    std::shared_ptr<AEAsset> silenceAsset() {
-        AEAsset::Args args;
-        args.type = AEAssetType::silence;
-        return AEAsset::make(args);
-    }
-
     // Three lanes of clicks: heard at 0.3, 0.8625, 1.2, 1.428125 and 2.0 of the timeline, which ends at
     // 2.5. Items sit on the timeline's grid of 1/128 s.
     void threeLanesOfClicks() {
@@ -186,7 +180,7 @@ TEST_F(AETimeLineTransportTest, SoloAndEnvelopeChangesAreHeardAtTheNextTickAndMe
 }
 
 TEST_F(AETimeLineTransportTest, LoopingMusicLoopsWithoutAGapAndFadesOutAtItsEnd) {
-    tl->appendItemInMainLane(silenceAsset(), AETimeRange(0, 3.0), false);
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 3.0), false);
     const auto bgm = fileAsset(clicks("loop.wav", 1.0, {0.1}, 0.1f), AEAssetType::bgm);
     bgm->bgmSettings = std::make_shared<AEBGMSettings>(true, 0.5, false);
     const auto item = tl->attachItem(bgm, 1, 0.25, std::nullopt, false, false);

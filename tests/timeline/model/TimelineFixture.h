@@ -3,6 +3,8 @@
 // its first 100 s, and the checks of the model's invariants.
 
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDB.h"
+#include "project/model/AEAssetDucking.h"
 #include "project/model/AEBGMSettings.h"
 #include "timeline/model/AEDrag.h"
 #include "timeline/model/AEKeyframeList.h"
@@ -28,9 +30,44 @@ inline std::shared_ptr<AEAsset> asset(const QString& name, double duration,
     return a;
 }
 
+// The same, kept in the process-wide store so that a loaded timeline finds it by id.
+inline std::shared_ptr<AEAsset> stored(const QString& id, double duration,
+                                       AEAssetType type = AEAssetType::speech) {
+    auto a = asset(id, duration, type);
+    AEAssetDB::saveAsset(a);
+    return a;
+}
+
+inline std::shared_ptr<AEAsset> silence() {
+    AEAsset::Args args;
+    args.type = AEAssetType::silence;
+    return AEAsset::make(args);
+}
+
+// The ids of items or assets, in order.
+template <typename List> QStringList idsOf(const List& list) {
+    QStringList ids;
+    for (const auto& element : list)
+        ids << element->id;
+    return ids;
+}
+
 inline std::shared_ptr<AEAsset> music(const QString& name, double duration, bool autoduck = false) {
     auto a = asset(name, duration, AEAssetType::bgm);
     a->bgmSettings = std::make_shared<AEBGMSettings>(true, 5.0, autoduck);
+    return a;
+}
+
+// A speech asset whose analysis has the given on-spans (asset time).
+inline std::shared_ptr<AEAsset> speech(const QString& name, double duration,
+                                       std::vector<QXOnOffCluster> spans,
+                                       AEAssetType type = AEAssetType::speech) {
+    auto a = asset(name, duration, type);
+    a->assetDucking = AEAssetDucking::make(name, nullptr);
+    QXOnOffList list;
+    list.clusters = std::move(spans);
+    list.clustersToEvents();
+    a->assetDucking->setDuckingClusters(list);
     return a;
 }
 
