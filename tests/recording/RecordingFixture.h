@@ -3,13 +3,8 @@
 // output, and the measures a recorded take is checked by.
 
 #include "dsp/SndFile.h"
-#include "playback/engine/DeviceOutput.h"
-#include "support/EventWait.h"
-#include "support/PulseNullSink.h"
+#include "support/PulseServerTest.h"
 
-#include <QAudioDevice>
-#include <QElapsedTimer>
-#include <QMediaDevices>
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -94,63 +89,9 @@ inline double sinePeakDbOf(const std::vector<float>& x, size_t from, size_t to, 
     return median > 0 ? 20.0 * std::log10(median) : -200.0;
 }
 
-class RecordingServerTest : public ::testing::Test {
+class RecordingServerTest : public testenv::PulseServerTest {
 protected:
-    static void SetUpTestSuite() {
-        if (!server_ || !server_->available()) server_ = std::make_unique<PulseNullSink>();
-        reachable_ = false;
-        if (!server_->available()) return;
-        // Qt keeps the server it met first and looks again only every 3 s after losing it: wait until
-        // it plays through this one and lists its input.
-        reachable_ = testenv::waitUntil(
-            [] {
-                QString error;
-                const bool plays =
-                    DeviceOutput::open(
-                        PulseNullSink::kSink, PulseNullSink::kRate,
-                        [](float* stereo, int64_t frames) { std::fill(stereo, stereo + 2 * frames, 0.0f); },
-                        &error) != nullptr;
-                const QList<QAudioDevice> inputs = QMediaDevices::audioInputs();
-                return plays && std::any_of(inputs.begin(), inputs.end(), [](const QAudioDevice& d) {
-                           return d.id() == PulseNullSink::kSource;
-                       });
-            },
-            10000);
-    }
-    // The server stays for the suites after this one.
-    static void TearDownTestSuite() {}
-
-    void SetUp() override {
-        if (!server_->available())
-            GTEST_SKIP() << "no private PulseAudio daemon could be started: "
-                         << server_->failure().toStdString();
-        ASSERT_TRUE(reachable_) << "Qt Multimedia does not list the private server's input";
-    }
-
-    // A sine at kToneHz and kToneDb into the default output for as long as the result lives.
-    static std::unique_ptr<DeviceOutput> playTone() {
-        auto phase = std::make_shared<double>(0.0);
-        const auto amplitude = static_cast<float>(std::pow(10.0, kToneDb / 20.0));
-        QString error;
-        auto out = DeviceOutput::open(
-            PulseNullSink::kSink, PulseNullSink::kRate,
-            [phase, amplitude](float* stereo, int64_t frames) {
-                const double step = 2.0 * std::numbers::pi * kToneHz / PulseNullSink::kRate;
-                for (int64_t i = 0; i < frames; ++i) {
-                    const auto s = amplitude * static_cast<float>(std::sin(*phase));
-                    stereo[2 * i] = stereo[2 * i + 1] = s;
-                    *phase = std::fmod(*phase + step, 2.0 * std::numbers::pi);
-                }
-            },
-            &error);
-        EXPECT_TRUE(out) << error.toStdString();
-        // The sink's monitor carries the tone a moment after the stream starts.
-        testenv::pumpEventsFor(300);
-        return out;
-    }
-
-    static inline std::unique_ptr<PulseNullSink>& server_ = testenv::sharedPulseNullSink();
-    static inline bool reachable_ = false;
+    static std::unique_ptr<DeviceOutput> playTone() { return PulseServerTest::playTone(kToneHz, kToneDb); }
 };
 
 } // namespace recordingtest

@@ -5,7 +5,7 @@
 #include "playback/engine/SharedAudioEngine.h"
 #include "project/model/AEAsset.h"
 #include "support/EventWait.h"
-#include "support/PulseNullSink.h"
+#include "support/PulseServerTest.h"
 #include "support/TestAudio.h"
 #include "timeline/model/AETimeLine.h"
 
@@ -26,18 +26,8 @@ constexpr int kRate = PulseNullSink::kRate;
 constexpr double kToneHz = 1000.0;
 const float kHalfScale = static_cast<float>(std::pow(10.0, -6.0 / 20.0));
 
-// A sine on each channel, kept across calls; the state belongs to the audio thread.
 DeviceOutput::Render sine(float leftAmplitude, float rightAmplitude) {
-    auto phase = std::make_shared<double>(0.0);
-    return [phase, leftAmplitude, rightAmplitude](float* stereo, int64_t frames) {
-        const double step = 2.0 * std::numbers::pi * kToneHz / kRate;
-        for (int64_t i = 0; i < frames; ++i) {
-            const auto s = static_cast<float>(std::sin(*phase));
-            stereo[2 * i] = leftAmplitude * s;
-            stereo[2 * i + 1] = rightAmplitude * s;
-            *phase = std::fmod(*phase + step, 2.0 * std::numbers::pi);
-        }
-    };
+    return testenv::sineRender(kToneHz, leftAmplitude, rightAmplitude);
 }
 
 struct Heard {
@@ -93,38 +83,8 @@ void expectCleanTone(const std::vector<float>& recording, int channel, double pe
     EXPECT_LT(heard.silentShare, 0.02) << "channel " << channel << ": dropouts";
 }
 
-class DeviceOutputTest : public ::testing::Test {
+class DeviceOutputTest : public testenv::PulseServerTest {
 protected:
-    static void SetUpTestSuite() { startServer(); }
-    // The server stays for the suites after this one.
-    static void TearDownTestSuite() {}
-
-    // Qt keeps the server it met first, and after losing one looks again only every 3 s: wait until
-    // it plays through this one.
-    static void startServer() {
-        if (!server_ || !server_->available()) server_ = std::make_unique<PulseNullSink>();
-        reachable_ = false;
-        if (!server_->available()) return;
-        QElapsedTimer waited;
-        waited.start();
-        while (!reachable_ && waited.elapsed() < 6000) {
-            QString error;
-            reachable_ =
-                DeviceOutput::open(
-                    PulseNullSink::kSink, kRate,
-                    [](float* stereo, int64_t frames) { std::fill(stereo, stereo + 2 * frames, 0.0f); },
-                    &error) != nullptr;
-            if (!reachable_) testenv::pumpEventsFor(100);
-        }
-    }
-
-    void SetUp() override {
-        if (!server_->available())
-            GTEST_SKIP() << "no private PulseAudio daemon could be started: "
-                         << server_->failure().toStdString();
-        ASSERT_TRUE(reachable_) << "Qt Multimedia cannot play through the private server";
-    }
-
     // A busy machine may starve a stream for a moment: a dropout that comes back three times is ours.
     static std::vector<float> recordClean(const QByteArray& sink, int ms) {
         std::vector<float> heard;
@@ -142,9 +102,6 @@ protected:
         EXPECT_TRUE(out) << error.toStdString();
         return out;
     }
-
-    static inline std::unique_ptr<PulseNullSink>& server_ = testenv::sharedPulseNullSink();
-    static inline bool reachable_ = false;
 };
 
 } // namespace
