@@ -4,20 +4,10 @@
 
 #include "../../recording/RecordingFixture.h"
 #include "WindowSession.h"
-#include "app/windows/AppDelegate.h"
-#include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
-#include "app/windows/TimelineViewController.h"
-#include "foundation/Interaction.h"
-#include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEShow.h"
-#include "project/model/Globals.h"
-#include "project/panels/EpisodeListModel.h"
-#include "project/panels/MainViewController.h"
-#include "support/TestEnvironment.h"
-#include "timeline/model/AETimeLine.h"
 #include "ui/cleaning/BrightwashAssetAlertVC.h"
 #include "ui/recording/AEAssetRecorderVC.h"
 #include "ui/recording/AudioRecorderSetupVC.h"
@@ -25,11 +15,9 @@
 #include <QAction>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QListView>
 #include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
 
 namespace {
@@ -63,17 +51,6 @@ protected:
         action->trigger();
     }
 
-    void openEpisode() {
-        delegate = std::make_shared<AppDelegate>();
-        delegate->applicationDidFinishLaunching();
-        ASSERT_TRUE(testenv::waitUntil([&] { return delegate->mainViewController() != nullptr; }, 10000));
-        MainViewController* list = delegate->mainViewController();
-        ASSERT_TRUE(testenv::waitUntil([&] { return list->model()->rowCount() == 1; }));
-        const QRect row = list->tableView_episodeList()->visualRect(list->model()->index(0));
-        QTest::mouseClick(list->tableView_episodeList()->viewport(), Qt::LeftButton, {}, row.center());
-        ASSERT_TRUE(testenv::waitUntil([&] { return vc() && vc()->timeline(); }, 10000));
-    }
-
     QString folder;
     QTemporaryDir outside;
     std::shared_ptr<ScriptedInteraction> door = std::make_shared<ScriptedInteraction>();
@@ -83,7 +60,7 @@ protected:
 } // namespace
 
 TEST_F(RecordAndCleanEntries, RecordAndCleanFromTheEditingWindow) {
-    ASSERT_NO_FATAL_FAILURE(openEpisode());
+    ASSERT_NO_FATAL_FAILURE(windowsession::launchAndOpen(delegate));
 
     // The settings panel over the window, closed unchanged.
     trigger("menu_recorderSettings");

@@ -5,7 +5,6 @@
 #include "app/windows/TimelineViewController.h"
 
 #include "app/windows/TimelineExport.h"
-#include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEEpisode.h"
@@ -14,6 +13,7 @@
 #include "project/model/Globals.h"
 #include "project/panels/MainViewController.h"
 #include "support/EventWait.h"
+#include "support/ScriptedSession.h"
 #include "support/TestEnvironment.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
@@ -48,11 +48,10 @@ std::shared_ptr<AEAsset> asset(const QString& file, const QString& name, AEAsset
     return AEAsset::make(args);
 }
 
-class TimelineViewControllerTest : public ::testing::Test {
+class TimelineViewControllerTest : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
         testenv::useStoreWorkFolder();
-        setUserInteraction(door);
         prefs_setValueBool("AEIngest.DontAskAtDrag", true);
         prefs_setValueBool("AEIngest.Normalize", false);
         const QString ingests = AEIngest::ingestPath;
@@ -76,7 +75,6 @@ protected:
         AEAssetListVCGlobal.clear();
         prefs_removeKey("AEIngest.DontAskAtDrag");
         prefs_removeKey("AEIngest.Normalize");
-        setUserInteraction(nullptr);
     }
 
     AETimeLine& tl() { return *vc->timeline(); }
@@ -84,12 +82,8 @@ protected:
         vc->commands().selectedCommonAssetIndex = commonRow;
         vc->commands().selectedEpisodeAssetIndex = episodeRow;
     }
-    QString lastLine() const {
-        const auto lines = door->transcript();
-        return lines.empty() ? QString() : lines.back();
-    }
+    QString lastLine() const { return transcript().value(transcript().size() - 1); }
 
-    std::shared_ptr<ScriptedInteraction> door = std::make_shared<ScriptedInteraction>();
     std::shared_ptr<AEAsset> speech;
     std::shared_ptr<AEAsset> music;
     std::shared_ptr<AEEpisode> episode;

@@ -2,7 +2,7 @@
 
 #include "app/windows/WorkingFolderVC.h"
 
-#include "foundation/Interaction.h"
+#include "support/ScriptedSession.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -18,19 +18,8 @@ public:
     QStringList moves;
 };
 
-class WorkingFolderVCTest : public ::testing::Test {
+class WorkingFolderVCTest : public ::testing::Test, protected ScriptedSession {
 protected:
-    void SetUp() override { setUserInteraction(door); }
-    void TearDown() override { setUserInteraction(nullptr); }
-
-    QStringList transcript() const {
-        QStringList lines;
-        for (const QString& line : door->transcript())
-            lines << line;
-        return lines;
-    }
-
-    std::shared_ptr<ScriptedInteraction> door = std::make_shared<ScriptedInteraction>();
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
 };
 

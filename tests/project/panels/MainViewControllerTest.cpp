@@ -71,13 +71,6 @@ const QString kDesc = "miniIcon_sort-disc (0-00-00-00)";
 
 } // namespace
 
-TEST_F(MainViewControllerTest, StartsWithLatestPublicationFirst) {
-    EXPECT_EQ(listed(), QStringList({"C", "B", "A"}));
-    EXPECT_EQ(image(sortEpisodesBy::published), kAsc);
-    EXPECT_EQ(image(sortEpisodesBy::created), kNeutral);
-    EXPECT_EQ(image(sortEpisodesBy::modified), kNeutral);
-}
-
 TEST_F(MainViewControllerTest, EverySortPushInvertsTheDirection) {
     push(sortEpisodesBy::published);
     EXPECT_FALSE(zendrelShow->sort.ascending);

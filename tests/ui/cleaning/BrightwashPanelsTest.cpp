@@ -1,8 +1,8 @@
 #include "cleaning/Brightwash.h"
-#include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEMarker.h"
+#include "support/ScriptedSession.h"
 #include "ui/cleaning/BrightwashAssetAlertVC.h"
 #include "ui/cleaning/Brightwash_prefsVC.h"
 
@@ -14,17 +14,13 @@
 
 namespace {
 
-class BrightwashPanels : public ::testing::Test {
+class BrightwashPanels : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
         for (const char* key : {"BrightwashSettings", "doRemovePauses", "doDenoise", "compressor.ratio",
                                 "BrightwashSettings.compressor.ratio", "denoiseAmount"})
             prefs_removeKey(key);
     }
-    void TearDown() override { setUserInteraction(nullptr); }
-    std::shared_ptr<ScriptedInteraction> door;
 };
 
 } // namespace
