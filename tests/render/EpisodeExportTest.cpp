@@ -35,9 +35,9 @@ TEST_P(ExportLoudnessTest, Mp3MeetsTheTargetAsFfmpegMeasuresIt) {
     EXPECT_NEAR(outcome.report.gain, target - sourceLufs, 1.0);
 }
 
+// A quiet mono source raised to its target and a hot stereo one brought down under the peak ceiling.
 INSTANTIATE_TEST_SUITE_P(
-    QuietAndHot, ExportLoudnessTest,
-    ::testing::Values(LoudnessCase{1, -30}, LoudnessCase{2, -30}, LoudnessCase{1, -8}, LoudnessCase{2, -8}),
+    QuietAndHot, ExportLoudnessTest, ::testing::Values(LoudnessCase{1, -30}, LoudnessCase{2, -8}),
     [](const auto& info) {
         return QString("%1ch%2LUFS").arg(info.param.channels).arg(-info.param.sourceLufs).toStdString();
     });

@@ -81,12 +81,8 @@ TEST_F(ExportDoneTest, TagsPictureAndChaptersSurviveAsID3v23) {
     ASSERT_EQ(read.chapters.size(), 2u);
     EXPECT_EQ(read.tocChildren, (QStringList{read.chapters[0].id, read.chapters[1].id}));
 
-    const Probed probed = probeTags(mp3);
-    EXPECT_EQ(probed.tag("title"), episode->title);
-    EXPECT_EQ(probed.tag("genre"), "Podcast");
-    EXPECT_EQ(probed.tag("date"), "2021");
-    EXPECT_EQ(probed.tag("comment"), notes);
-    expectTwoChapters(probed, QString::fromUtf8("Zwei; \"B\" = #"));
+    // What players see of the chapters.
+    expectTwoChapters(probeTags(mp3), QString::fromUtf8("Zwei; \"B\" = #"));
 }
 
 TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
