@@ -8,6 +8,8 @@ jobs=$(nproc)
 # Every source as the repository's .clang-format writes it (setup has installed clang-format).
 find "$here" \( -path "$here/build*" -o -path "$here/.*" \) -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
   xargs -0 clang-format --dry-run --Werror
+# The size of the tests against the code, printed with every run (the rule is in the README).
+"$here/scripts/test-ratio.sh"
 (cd "$here/build" && ctest --output-on-failure --parallel "$jobs" --timeout 300)
 
 ZENDREL_BUILD_TYPE=Debug "$here/scripts/setup.sh" "$here/build-asan" -DZENDREL_SANITIZE=ON

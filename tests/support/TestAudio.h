@@ -234,5 +234,27 @@ public:
         return bytes(name, in.read(count));
     }
 
+    // The canonical 44-byte header of a 16-bit PCM WAV with these fields, then `frames` of silence.
+    static QByteArray wavBytes(quint16 formatTag, quint16 channels, quint32 rate, int frames) {
+        const quint32 dataBytes = static_cast<quint32>(frames) * 2u * std::max<quint16>(channels, 1);
+        QByteArray b;
+        auto u32 = [&b](quint32 v) { b.append(reinterpret_cast<const char*>(&v), 4); };
+        auto u16 = [&b](quint16 v) { b.append(reinterpret_cast<const char*>(&v), 2); };
+        b.append("RIFF");
+        u32(36 + dataBytes);
+        b.append("WAVEfmt ");
+        u32(16);
+        u16(formatTag);
+        u16(channels);
+        u32(rate);
+        u32(rate * 2u * channels);
+        u16(static_cast<quint16>(2 * channels));
+        u16(16);
+        b.append("data");
+        u32(dataBytes);
+        b.append(QByteArray(static_cast<qsizetype>(dataBytes), '\0'));
+        return b;
+    }
+
     QTemporaryDir dir;
 };

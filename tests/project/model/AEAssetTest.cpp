@@ -1,6 +1,5 @@
 #include "project/model/AEAsset.h"
 
-#include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEBGMSettings.h"
@@ -13,6 +12,7 @@
 #include "project/model/Globals.h"
 #include "support/ArchiveEdit.h"
 #include "support/EventWait.h"
+#include "support/ScriptedSession.h"
 #include "support/TestAudio.h"
 #include "support/TestEnvironment.h"
 
@@ -28,18 +28,13 @@ namespace {
 
 // A working folder of its own, a scripted door, and tones whose content differs test by test, so
 // that every test gets asset ids no other test has put in the process-wide store.
-class AssetFolder : public ::testing::Test {
+class AssetFolder : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
         testenv::useStoreWorkFolder();
         folder = AEIngest::workFolder;
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
     }
-    void TearDown() override {
-        testenv::pumpEventsFor(50);
-        setUserInteraction(nullptr);
-    }
+    void TearDown() override { testenv::pumpEventsFor(50); }
 
     QString tone(const QString& name, double seconds = 1.0) {
         static int serial = 0;
@@ -60,7 +55,6 @@ protected:
     QTemporaryDir dir;
     TestAudio maker;
     QString folder;
-    std::shared_ptr<ScriptedInteraction> door;
 };
 
 } // namespace

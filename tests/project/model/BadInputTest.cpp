@@ -21,28 +21,6 @@
 
 namespace {
 
-// The canonical 44-byte header of a 16-bit PCM WAV with the given fields, then `frames` of silence.
-QByteArray wav(quint16 formatTag, quint16 channels, quint32 rate, int frames) {
-    const quint32 dataBytes = static_cast<quint32>(frames) * 2u * std::max<quint16>(channels, 1);
-    QByteArray b;
-    auto u32 = [&b](quint32 v) { b.append(reinterpret_cast<const char*>(&v), 4); };
-    auto u16 = [&b](quint16 v) { b.append(reinterpret_cast<const char*>(&v), 2); };
-    b.append("RIFF");
-    u32(36 + dataBytes);
-    b.append("WAVEfmt ");
-    u32(16);
-    u16(formatTag);
-    u16(channels);
-    u32(rate);
-    u32(rate * 2u * channels);
-    u16(static_cast<quint16>(2 * channels));
-    u16(16);
-    b.append("data");
-    u32(dataBytes);
-    b.append(QByteArray(static_cast<qsizetype>(dataBytes), '\0'));
-    return b;
-}
-
 QByteArray noise(int bytes) {
     QRandomGenerator random(19);
     QByteArray b(bytes, '\0');
@@ -97,15 +75,20 @@ const std::vector<BadPath> kBadPaths = {
     {"random .m4a", [](const TestAudio& m) { return m.bytes("noise.m4a", noise(8192)); }, "is not audio"},
     {"random .flac", [](const TestAudio& m) { return m.bytes("noise.flac", noise(8192)); }, "is not audio"},
     {"random .aif", [](const TestAudio& m) { return m.bytes("noise.aif", noise(8192)); }, "is not audio"},
-    {"zero channels", [](const TestAudio& m) { return m.bytes("zeroch.wav", wav(1, 0, 8000, 100)); },
+    {"zero channels",
+     [](const TestAudio& m) { return m.bytes("zeroch.wav", TestAudio::wavBytes(1, 0, 8000, 100)); },
      "is not audio"},
-    {"zero rate", [](const TestAudio& m) { return m.bytes("zerorate.wav", wav(1, 1, 0, 100)); },
+    {"zero rate",
+     [](const TestAudio& m) { return m.bytes("zerorate.wav", TestAudio::wavBytes(1, 1, 0, 100)); },
      "is not audio"},
-    {"unknown format tag", [](const TestAudio& m) { return m.bytes("tag.wav", wav(0x1234, 1, 8000, 8000)); },
+    {"unknown format tag",
+     [](const TestAudio& m) { return m.bytes("tag.wav", TestAudio::wavBytes(0x1234, 1, 8000, 8000)); },
      "is not audio"},
-    {"no frames", [](const TestAudio& m) { return m.bytes("noframes.wav", wav(1, 1, 8000, 0)); },
+    {"no frames",
+     [](const TestAudio& m) { return m.bytes("noframes.wav", TestAudio::wavBytes(1, 1, 8000, 0)); },
      "has no sound in it"},
-    {"one frame", [](const TestAudio& m) { return m.bytes("oneframe.wav", wav(1, 1, 8000, 1)); }, nullptr},
+    {"one frame",
+     [](const TestAudio& m) { return m.bytes("oneframe.wav", TestAudio::wavBytes(1, 1, 8000, 1)); }, nullptr},
 };
 
 // One entry point: true when it took the file. It tells the person (alert) or the log (background).

@@ -1,6 +1,7 @@
-#include "foundation/Interaction.h"
 #include "project/model/AEIngest.h"
 #include "project/model/Ingest.h"
+#include "support/ScriptedSession.h"
+#include "support/TestAudio.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,35 +11,17 @@
 
 namespace {
 
+// A tenth of a second of 8 kHz silence.
 QByteArray tenthOfASecond() {
-    QByteArray b;
-    const auto u32 = [&b](quint32 v) { b.append(reinterpret_cast<const char*>(&v), 4); };
-    const auto u16 = [&b](quint16 v) { b.append(reinterpret_cast<const char*>(&v), 2); };
-    b.append("RIFF");
-    u32(36 + 1600);
-    b.append("WAVEfmt ");
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(8000);
-    u32(16000);
-    u16(2);
-    u16(16);
-    b.append("data");
-    u32(1600);
-    b.append(QByteArray(1600, '\0'));
-    return b;
+    return TestAudio::wavBytes(1, 1, 8000, 800);
 }
 
-class IngestCheck : public ::testing::Test {
+class IngestCheck : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
         AEIngest::workFolder = dir.path() + "/";
         AEIngest ingest(dir.path() + "/AssetIngests");
-        door = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door);
     }
-    void TearDown() override { setUserInteraction(nullptr); }
 
     // By default a real WAV (a tenth of a second of 8 kHz silence): sound files are checked for sound.
     QString makeFile(const QString& name, const QByteArray& content = tenthOfASecond()) {
@@ -50,13 +33,12 @@ protected:
     }
     size_t dialogs() const {
         size_t n = 0;
-        for (const auto& line : door->transcript())
+        for (const auto& line : transcript())
             n += line.startsWith("selectFile:");
         return n;
     }
 
     QTemporaryDir dir;
-    std::shared_ptr<ScriptedInteraction> door;
 };
 
 } // namespace
