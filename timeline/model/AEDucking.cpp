@@ -45,6 +45,20 @@ std::vector<AEDuckingJob::Point> pointsOf(const AEKeyframeList& list) {
     return points;
 }
 
+// The earlier job's points go with their gain twins: the gain list, which playback reads, would
+// otherwise keep every dip of every job and grow with each re-duck of a long bed.
+void removeDuckingPoints(AEKeyframeList& kfs) {
+    std::vector<float> times;
+    for (const auto& kf : kfs.keyframes)
+        if (kf->flag1) times.push_back(static_cast<float>(kf->time));
+    if (times.empty()) return;
+    kfs.removeByFlag(1);
+    std::erase_if(kfs.keyframesPerc, [&](const auto& twin) {
+        return std::binary_search(times.begin(), times.end(), twin->time);
+    });
+    kfs.sortKFs();
+}
+
 // A new analysis lets the music over that asset dip without waiting for the next edit.
 void duckOverAnalysedAsset(const QString& assetId) {
     for (const auto& timeline : AETimeLine::tlList()) {
@@ -133,7 +147,7 @@ void AEDucking::compute(AEDuckingJob& job) {
     const auto asset = [&](double t) { return t - inTime + job.inputs.rangeI; };
 
     AEKeyframeList& kfs = *job.volumeKFs;
-    kfs.removeByFlag(1);
+    removeDuckingPoints(kfs);
     if (job.what.deleteKF) kfs.deleteKeyframesInTimeRange(AETimeRange(asset(inTime), asset(outTime)));
     bool inDip = false;
     for (const auto& event : spans.events) {

@@ -4,6 +4,7 @@
 #include "timeline/model/AEDucking.h"
 
 #include "TimelineFixture.h"
+#include "dsp/Levels.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAssetDucking.h"
 #include "project/model/DuckingSettings.h"
@@ -72,6 +73,11 @@ TEST_F(AEDuckingTest, DefaultsDipTwelveDecibelsAroundSpeechInAssetTime) {
     // Fade-out and dips meet in the applied envelope, which the model's invariants check.
     expectInvariants(*tl);
     EXPECT_DOUBLE_EQ(bed->globalKFS->getValue(20), -12);
+    // Ducked again, the old points leave the gain list too: what playback reads dips only once.
+    AEDucking::duck(bed, *tl);
+    settle();
+    ASSERT_EQ(bed->volumeKFs->keyframesPerc.size(), 4u);
+    EXPECT_NEAR(bed->volumeKFs->getValuePerc(20), aUt_dbToDouble(-12), 1e-6);
 }
 
 TEST_F(AEDuckingTest, SpeechCloserThanTheReturnTimeIsOneDip) {
