@@ -197,6 +197,8 @@ void BM_ClickToInteractiveWindow(benchmark::State& state) {
     for (auto _ : state) {
         state.SetIterationTime(openOnce());
         openMB = std::max(openMB, residentMB());
+        const auto tl = window()->timeline();
+        state.counters["items"] = static_cast<double>(tl->mainLane.size() + tl->attachedItems.size());
         state.PauseTiming();
         closeOnce();
         state.ResumeTiming();
