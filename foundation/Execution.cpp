@@ -78,6 +78,7 @@ MainCaller& mainCaller() {
     }();
     return *caller;
 }
+
 struct WidePool : QThreadPool {
     WidePool() { setMaxThreadCount(std::max(64, QThread::idealThreadCount())); }
 };
