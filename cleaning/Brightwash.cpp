@@ -128,10 +128,8 @@ void Brightwash::start() {
     // Cancel kills the tool in flight, however deep in the stage it was started.
     const ProcessCancelScope cancelScope([this] { return cancelled_.load(); });
     const QString result = resultPath();
-    if (!fu_fileExists(srcFilePath)) {
-        fail(srcFilePath + ": no such file.");
-        if (callbackHandler) callbackHandler(result);
-    }
+    // The callback comes once, at the end, whatever happened.
+    if (!fu_fileExists(srcFilePath)) fail(srcFilePath + ": no such file.");
     originalFilePath = srcFilePath;
     currentFilePath = srcFilePath;
     if (const SndFile source(srcFilePath); source.isOpen() && source.sampleRate() > 0)
