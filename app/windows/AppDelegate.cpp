@@ -21,6 +21,7 @@
 #include "render/Mp3.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineLanesHelper.h"
+#include "ui/cleaning/BatchCleanWindow.h"
 #include "ui/cleaning/Brightwash_prefsVC.h"
 #include "ui/ducking/DuckingCommands.h"
 #include "ui/recording/RecorderEntryPoints.h"
@@ -100,6 +101,11 @@ void AppDelegate::buildFileMenu() {
     addTimeline(file, "menu_closeEpisode", tr("&Close Episode"), QKeySequence::Close,
                 [](TimelineViewController& vc) { vc.closeAll(); });
     file->addSeparator();
+    add(file, "menu_batchClean", tr("Batch Clean…"), {}, [this] {
+        auto* window = new BatchCleanWindow(window_.get());
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->show();
+    });
     add(file, "menu_cleaningSettings", tr("Cleaning Settings…"), {},
         [this] { Brightwash_prefsVC::displayPrefsPanel(window_.get()); });
     add(file, "menu_recorderSettings", tr("Recorder Settings…"), {}, [this] {
@@ -149,6 +155,8 @@ void AppDelegate::buildEditMenu() {
                 [](TimelineViewController& vc) { vc.btnInsertSilencePressed(); });
     addTimeline(edit, "menu_convertSelectionToAsset", tr("Selection to Asset..."), {},
                 [](TimelineViewController& vc) { vc.selectionToAsset(); });
+    addTimeline(edit, "menu_selectionToUhmDB", tr("Selection to Uhm DB"), {},
+                [](TimelineViewController& vc) { vc.selectionToUhmFP(); });
     addTimeline(edit, "menu_cleanAsset", tr("Clean…"), {},
                 [](TimelineViewController& vc) { vc.cleanSelectedAsset(); });
     addTimeline(edit, "menu_newVolumeKeyframe", tr("Add Volume Keyframe"), QKeySequence("Ctrl+Shift+K"),

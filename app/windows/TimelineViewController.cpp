@@ -7,6 +7,7 @@
 #include "app/windows/EditPanels.h"
 #include "app/windows/MarkerInspectorVC.h"
 #include "app/windows/TimelineExport.h"
+#include "app/windows/TimelineUhm.h"
 #include "cleaning/Brightwash.h"
 #include "cleaning/BrightwashAssets.h"
 #include "foundation/Interaction.h"
@@ -211,6 +212,7 @@ void TimelineViewController::buildLayout() {
             menu->setAttribute(Qt::WA_DeleteOnClose);
             menu->addAction(tr("Volume…"), this, [this, row] { openVolumeSlider(false, row); });
             menu->addAction(tr("Clean…"), this, [this, row] { cleanAsset(row); });
+            menu->addAction(tr("Probable Uhm…"), this, [this, row] { probableUhm(row); });
             menu->popup(list->viewport()->mapToGlobal(pos));
         });
     }
@@ -572,6 +574,18 @@ void TimelineViewController::selectionToAsset() {
         this);
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->open();
+}
+
+void TimelineViewController::probableUhm(int row) {
+    const auto asset = episodeList_->assetAt(row);
+    if (!asset) return;
+    timelineUhm_openPanel(asset, this, [self = QPointer<TimelineViewController>(this)] {
+        if (self) self->afterAction();
+    });
+}
+
+void TimelineViewController::selectionToUhmFP() {
+    timelineUhm_selectionToUhmFP(timeline());
 }
 
 void TimelineViewController::btnInsertSilencePressed() {

@@ -60,6 +60,8 @@ public:
     void deleteSelection();
     void export_pressed();
     void selectionToAsset();
+    // The selected stretch of the main lane into the show's hesitation database.
+    void selectionToUhmFP();
     void btnInsertSilencePressed();
     void btnVolumeKFsPressed();
     void btnEditModePressed(int tag);
@@ -101,6 +103,8 @@ public:
     // progress window; the list follows when the run lands.
     void cleanSelectedAsset();
     void cleanAsset(int row);
+    // The "Probable Uhm" sheet on the episode list's asset at `row`; its markers show when it is done.
+    void probableUhm(int row);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
