@@ -1,6 +1,7 @@
 #include "dsp/fft/AUAudioFFTFile.h"
 #include "dsp/fft/FFT2.h"
 #include "dsp/fft/FFTUtils.h"
+#include "dsp/spectral/AUAudioDenoiser.h"
 #include "dsp/spectral/AUAudioEq.h"
 #include "dsp/spectral/AUAudioSpectralFilters.h"
 #include "support/TestAudio.h"
@@ -132,6 +133,30 @@ TEST_F(SpectralFilterTest, BandPassAndGainActOnTheirBinsOnly) {
     ASSERT_TRUE(file->performFFTInverse(true, out));
     EXPECT_NEAR(toneDb(out, high), toneDb(file->srcPath, high) - 6.0, 0.5);
     EXPECT_LT(toneDb(out, low), toneDb(file->srcPath, low) - 40.0);
+}
+
+TEST_F(SpectralFilterTest, DenoiserClosesNoiseBinsAndKeepsATone) {
+    // Fingerprint from a second of hiss alone; then the same hiss with a tone over its second half.
+    const QString hiss = audio.path("hiss.wav"), toned = audio.path("toned.wav");
+    TestAudio::run("/usr/bin/sox",
+                   {"-R", "-n", "-r", "44100", "-b", "16", hiss, "synth", "2", "whitenoise", "vol", "0.05"});
+    const float f = binTone(200);
+    const Decoded noise = TestAudio::decode(hiss);
+    audio.floatWav("toned.wav", kRate, 1, noise.frames, [&](int64_t i, int) {
+        return noise.samples[size_t(i)] +
+               (i >= kRate ? 0.3f * std::sin(2 * std::numbers::pi_v<float> * f * float(i) / kRate) : 0.0f);
+    });
+    auto profile = std::make_shared<AUAudioFFTFile>(hiss, kWindow);
+    auto file = std::make_shared<AUAudioFFTFile>(toned, kWindow);
+    ASSERT_TRUE(profile->readSamples() && file->readSamples());
+    profile->performFFT();
+    file->performFFT();
+    AUAudioDenoiser(file, profile->getFingerprintList(1.0f), 0.0f, 0.0f, 0.1f, 1, 1).denoise();
+    const QString out = audio.path("denoised.wav");
+    ASSERT_TRUE(file->performFFTInverse(true, out));
+    const Decoded before = TestAudio::decode(toned), after = TestAudio::decode(out);
+    EXPECT_LT(after.rmsDb(0, 0.1, 0.9), before.rmsDb(0, 0.1, 0.9) - 15.0);
+    EXPECT_NEAR(toneDb(out, f), toneDb(toned, f), 1.0);
 }
 
 TEST(AUAudioEqShape, CurveIsFlatBeyondItsEndsAndLinearInDbBetween) {
