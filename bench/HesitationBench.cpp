@@ -60,8 +60,6 @@ void UhmAnalysisPerMinute(benchmark::State& state) {
         uhm.analyze(1);
         benchmark::DoNotOptimize(uhm.deltaList->size());
     }
-    state.counters["s_per_minute"] =
-        benchmark::Counter(1.0, benchmark::Counter::kAvgIterationsRate | benchmark::Counter::kInvert);
 }
 
 // One run, three loops of the same transforms: FFT2, bare FFTW, bare FFTW plus magnitude and phase.
