@@ -4,6 +4,7 @@
 #include "foundation/FileUtils.h"
 #include "foundation/Log.h"
 #include "render/tools/SoxChannels.h"
+#include "render/tools/SoxConvert.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -30,6 +31,7 @@ BrightwashMC::BrightwashMC(const QString& srcPath, const BrightwashSetting& pcSe
     const QFileInfo info(srcPath);
     dstPath = info.path() + "/" + info.completeBaseName() + "_" + pcSettings.suffix + ".wav";
     // Each channel is an intermediate here; only the joined file is delivered.
+    mp3_ = pcSettings.exportFormat == BWExportFormats::mp3;
     this->pcSettings.exportFormat = BWExportFormats::wave;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // Cleans each channel of a multichannel file on its own and joins the results, in channel order, into
-// "<name>_<suffix>.wav" beside the source. The channels are split in parallel by the sound tool, then
-// cleaned one after the other on the thread that finished the split; the callback comes on that thread.
+// "<name>_<suffix>.wav" (or ".mp3") beside the source. The channels are split in parallel by the sound tool,
+// then cleaned one after the other on the thread that finished the split; the callback comes on that thread.
 // cancel() may come from any thread: the channel in flight stops and every channel file goes.
 
 #include "cleaning/BrightwashSetting.h"
@@ -47,6 +47,7 @@ private:
                  std::shared_ptr<Prog> prog);
     void finish(const QString& failure);
 
+    bool mp3_ = false; // the joined file is delivered as MP3, dstPath then naming it
     std::shared_ptr<Prog> prog_;
     std::atomic<bool> cancelled_{false};
     mutable std::mutex mutex_; // guards current_ and error_

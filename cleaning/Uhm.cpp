@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 Uhm::Uhm(const QString& path, std::shared_ptr<UhmDB> uhmDB) : path(path), fft(path), uhmDB(std::move(uhmDB)) {
     duration = fft.frequency > 0 ? double(fft.samples.size()) / fft.frequency : 0.0;

@@ -5,6 +5,7 @@
 #include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEMarker.h"
+#include "project/model/Globals.h"
 #include "support/EventWait.h"
 #include "support/TestAudio.h"
 #include "ui/cleaning/BatchCleanWindow.h"
@@ -55,6 +56,13 @@ TEST_F(HesitationAndBatchPanels, ProbableUhmMarksTheHeldSoundAndDeleteEmptiesThe
     EXPECT_LE(marker.outTime, 2.0);
     EXPECT_GT(marker.outTime - marker.inTime, 0.75);
 
+    // The held stretch learnt into the show's database, then the whole database emptied.
+    uhmDB = db;
+    bool added = false;
+    addSelectionToUhmDB(asset, 1.2, 1.8, [&added](bool ok) { added = ok; });
+    ASSERT_TRUE(testenv::waitUntil([&added] { return added; }, 30000));
+    uhmDB = nullptr;
+    EXPECT_EQ(UhmDB(db->dbPath).fingerprintList.size(), 2u);
     panel.findChild<QPushButton*>("btnDeleteDB")->click();
     EXPECT_TRUE(UhmDB(db->dbPath).fingerprintList.empty());
 }
