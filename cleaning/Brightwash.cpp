@@ -128,8 +128,10 @@ void Brightwash::start() {
     // Cancel kills the tool in flight, however deep in the stage it was started.
     const ProcessCancelScope cancelScope([this] { return cancelled_.load(); });
     const QString result = resultPath();
-    // The callback comes once, at the end, whatever happened.
-    if (!fu_fileExists(srcFilePath)) fail(srcFilePath + ": no such file.");
+    if (!fu_fileExists(srcFilePath)) {
+        fail(srcFilePath + ": no such file.");
+        if (callbackHandler) callbackHandler(result);
+    }
     originalFilePath = srcFilePath;
     currentFilePath = srcFilePath;
     if (const SndFile source(srcFilePath); source.isOpen() && source.sampleRate() > 0)

@@ -58,7 +58,9 @@ void BrightwashBatch::start(std::function<void()> callbackHandler) {
 
 void BrightwashBatch::jobDone(size_t job) {
     {
+        // A run on a missing file calls back twice, at its start and at its end: the first counts.
         const std::lock_guard lock(mutex_);
+        if (finished_[job]) return;
         finished_[job] = 1;
     }
     end();
