@@ -159,6 +159,8 @@ void AppDelegate::buildEditMenu() {
                 [](TimelineViewController& vc) { vc.selectionToUhmFP(); });
     addTimeline(edit, "menu_cleanAsset", tr("Clean…"), {},
                 [](TimelineViewController& vc) { vc.cleanSelectedAsset(); });
+    addTimeline(edit, "menu_probableUhm", tr("Probable Uhm…"), {},
+                [](TimelineViewController& vc) { vc.probableUhm(vc.commands().selectedEpisodeAssetIndex); });
     addTimeline(edit, "menu_newVolumeKeyframe", tr("Add Volume Keyframe"), QKeySequence("Ctrl+Shift+K"),
                 [](TimelineViewController& vc) { vc.commands().addVolumeKeyframe(); });
     auto* ducking = new DuckingCommands(

@@ -578,7 +578,10 @@ void TimelineViewController::selectionToAsset() {
 
 void TimelineViewController::probableUhm(int row) {
     const auto asset = episodeList_->assetAt(row);
-    if (!asset) return;
+    if (!asset) {
+        userInteraction()->alert("Probable Uhm", "Choose an asset of the episode's list first.");
+        return;
+    }
     timelineUhm_openPanel(asset, this, [self = QPointer<TimelineViewController>(this)] {
         if (self) self->afterAction();
     });
