@@ -52,10 +52,11 @@ QString lastComponent(const QString& path) {
     return path.section('/', -1);
 }
 
-// Copies over whatever is there; a link in the way is replaced, never followed.
-bool copyReplacing(const QString& from, const QString& to) {
+// Moves over whatever is there (the unpacked folder goes afterwards anyway), copying across volumes; a
+// link in the way is replaced, never followed.
+bool moveReplacing(const QString& from, const QString& to) {
     QFile::remove(to);
-    return QFile::copy(from, to);
+    return QFile::rename(from, to) || QFile::copy(from, to);
 }
 
 // A file read from the bundle that is to land in the working folder.
@@ -242,10 +243,10 @@ AEEpisodeImport AEEpisode::importEpisode(const QString& path) {
                 AEAssetDB::saveAsset(p.asset);
                 if (common) AEAssetListVCGlobal.push_back(p.asset);
             } else if (QFileInfo(p.fileName).suffix() == "AETimeLine") {
-                if (!common) copyReplacing(from, AEIngest::workFolder + p.fileName);
+                if (!common) moveReplacing(from, AEIngest::workFolder + p.fileName);
             } else if (!common || !QFileInfo::exists(AEIngest::ingestPath + p.fileName)) {
                 // The common assets of the receiving show are never overwritten.
-                copyReplacing(from, AEIngest::ingestPath + p.fileName);
+                moveReplacing(from, AEIngest::ingestPath + p.fileName);
             }
         }
     };

@@ -20,7 +20,7 @@
 #include <cmath>
 
 AEShowVC::AEShowVC(std::shared_ptr<AEShow> showToEdit, QWidget* parent)
-    : QDialog(parent), show(std::move(showToEdit)), titleField(new QLineEdit(this)),
+    : QDialog(parent), editedShow(std::move(showToEdit)), titleField(new QLineEdit(this)),
       imageArea(new DragImageAreaView(this)), imageLabel(new QLabel(tr("Drag the show's image here"), this)),
       descriptionField(new QPlainTextEdit(this)), nEpisodes(new QLabel(this)),
       averageLength(new QLabel(this)), totalLength(new QLabel(this)), urlField(new QLineEdit(this)),
@@ -74,20 +74,20 @@ AEShowVC::AEShowVC(std::shared_ptr<AEShow> showToEdit, QWidget* parent)
 }
 
 void AEShowVC::fill() {
-    titleField->setText(show->name);
-    descriptionField->setPlainText(show->notes);
-    urlField->setText(show->url);
-    feedField->setText(show->feed);
-    notesSuffix->setPlainText(show->notesSuffix);
-    if (!show->image.isNull()) imageArea->setImage(show->image);
-    if (!show->imagePath.isEmpty()) imageLabel->setText(QFileInfo(show->imagePath).fileName());
+    titleField->setText(editedShow->name);
+    descriptionField->setPlainText(editedShow->notes);
+    urlField->setText(editedShow->url);
+    feedField->setText(editedShow->feed);
+    notesSuffix->setPlainText(editedShow->notesSuffix);
+    if (!editedShow->image.isNull()) imageArea->setImage(editedShow->image);
+    if (!editedShow->imagePath.isEmpty()) imageLabel->setText(QFileInfo(editedShow->imagePath).fileName());
     int live = 0;
-    for (const auto& episode : show->episodes)
+    for (const auto& episode : editedShow->episodes)
         live += episode && !episode->deleted ? 1 : 0;
     nEpisodes->setText(QString::number(live));
-    const double average = show->getAverageDuration();
+    const double average = editedShow->getAverageDuration();
     averageLength->setText(std::isnan(average) ? QString("-") : tc_getDurationShort(average));
-    totalLength->setText(tc_getDurationShort(show->getTotalDuration()));
+    totalLength->setText(tc_getDurationShort(editedShow->getTotalDuration()));
 }
 
 void AEShowVC::dragged(const QStringList& paths) {
@@ -106,19 +106,19 @@ void AEShowVC::dragged(const QStringList& paths) {
 }
 
 void AEShowVC::ok_pressed() {
-    show->name = titleField->text();
-    show->notes = descriptionField->toPlainText();
-    show->url = urlField->text();
-    show->feed = feedField->text();
-    show->notesSuffix = notesSuffix->toPlainText();
+    editedShow->name = titleField->text();
+    editedShow->notes = descriptionField->toPlainText();
+    editedShow->url = urlField->text();
+    editedShow->feed = feedField->text();
+    editedShow->notesSuffix = notesSuffix->toPlainText();
     if (!tmpImagePath.isEmpty()) {
-        show->imagePath = droppedImagePath;
-        show->ingestedImagePath = tmpImagePath;
-        show->image = tmpImage;
+        editedShow->imagePath = droppedImagePath;
+        editedShow->ingestedImagePath = tmpImagePath;
+        editedShow->image = tmpImage;
     }
-    if (show == zendrelShow)
+    if (editedShow == zendrelShow)
         saveShow();
     else
-        show->save(AEIngest::workFolder + "show.AEShow");
+        editedShow->save(AEIngest::workFolder + "show.AEShow");
     accept();
 }

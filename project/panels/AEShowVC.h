@@ -23,7 +23,7 @@ public:
     void dragged(const QStringList& paths);
     void ok_pressed();
 
-    std::shared_ptr<AEShow> show;
+    std::shared_ptr<AEShow> editedShow;
     QLineEdit* titleField;
     DragImageAreaView* imageArea;
     QLabel* imageLabel;
