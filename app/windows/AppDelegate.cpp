@@ -5,6 +5,7 @@
 #include "app/core/WorkFolderPrefs.h"
 #include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
+#include "app/windows/CommonAssetsWindow.h"
 #include "app/windows/SettingsPanels.h"
 #include "app/windows/TimelineViewController.h"
 #include "app/windows/WorkingFolderVC.h"
@@ -324,21 +325,16 @@ void AppDelegate::commonAssetWindowToggler() {
         commonAssetW_->close();
         return;
     }
-    auto* list = new AssetListWidget("commonAssetWindow", window_.get());
-    list->setWindowFlag(Qt::Window);
-    list->setAttribute(Qt::WA_DeleteOnClose);
-    list->setWindowTitle(tr("Common Assets"));
-    list->setAssets(zendrelShow ? zendrelShow->commonAssets : std::vector<std::shared_ptr<AEAsset>>{});
-    connect(list, &AssetListWidget::filesDropped, list, [this, list](const QStringList& paths) {
+    auto* assetsWindow = new CommonAssetsWindow(window_.get());
+    assetsWindow->setAttribute(Qt::WA_DeleteOnClose);
+    assetsWindow->filesDropped = [this](const QStringList& paths) {
         if (timelineVC_)
             timelineVC_->draggedCommon(paths);
         else
             ingestCommonAssets(paths);
-        list->setAssets(AEAssetListVCGlobal);
-    });
-    list->resize(320, 480);
-    list->show();
-    commonAssetW_ = list;
+    };
+    assetsWindow->show();
+    commonAssetW_ = assetsWindow;
 }
 
 void AppDelegate::showLoaded(const std::shared_ptr<AEShow>&) {
