@@ -6,6 +6,7 @@
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "project/panels/AEAssetMiniInspectorVC.h"
 #include "project/panels/AEAssetVC.h"
 
 #include <QMenu>
@@ -36,6 +37,8 @@ CommonAssetsWindow::CommonAssetsWindow(QWidget* parent)
         auto* menu = new QMenu(this);
         menu->setAttribute(Qt::WA_DeleteOnClose);
         menu->addAction(tr("Inspector…"), this, [this, row] { openInspector(row); });
+        menu->addAction(tr("Name and Type…"), this, [this, row] { openMiniInspector(row)->open(); });
+        menu->addAction(tr("Type…"), this, [this, row] { chooseType(row); });
         menu->addAction(tr("Remove…"), this, [this, row] { removePressed(row); });
         menu->popup(list_->viewport()->mapToGlobal(pos));
     });
@@ -69,6 +72,34 @@ bool CommonAssetsWindow::removePressed(int row) {
     std::erase(AEAssetListVCGlobal, asset);
     changed();
     return true;
+}
+
+AEAssetMiniInspectorVC* CommonAssetsWindow::openMiniInspector(int row) {
+    const auto asset = list_->assetAt(row);
+    if (!asset) return nullptr;
+    auto* panel = new AEAssetMiniInspectorVC(asset, this);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->delegate = [this, asset](const QString& name, AEAssetType type) {
+        if (!name.isEmpty()) asset->name = name;
+        asset->type = type;
+        AEAssetDB::saveAsset(asset);
+        changed();
+    };
+    return panel;
+}
+
+void CommonAssetsWindow::chooseType(int row) {
+    const auto asset = list_->assetAt(row);
+    if (!asset) return;
+    auto* selector = new AEAssetTypeSelectorVIewController(asset->type, this);
+    selector->setAttribute(Qt::WA_DeleteOnClose);
+    connect(selector, &AEAssetTypeSelectorVIewController::assetTypeChosen, this,
+            [this, asset](AEAssetType type) {
+                asset->type = type;
+                AEAssetDB::saveAsset(asset);
+                changed();
+            });
+    selector->open();
 }
 
 void CommonAssetsWindow::openInspector(int row) {

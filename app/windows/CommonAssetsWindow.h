@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <functional>
 
+class AEAssetMiniInspectorVC;
 class AssetListWidget;
 
 class CommonAssetsWindow : public QWidget {
@@ -22,6 +23,9 @@ public:
     // Asks first ("Warning!"); false when the person said no or the row is gone.
     bool removePressed(int row);
     void openInspector(int row);
+    void chooseType(int row);
+    // The small name-and-type panel for a row, not yet shown; null for a row that is gone.
+    AEAssetMiniInspectorVC* openMiniInspector(int row);
     AssetListWidget* list() const { return list_; }
 
 private:

@@ -7,52 +7,19 @@
 #include "project/model/AEMarker.h"
 #include "project/model/AssetColors.h"
 #include "project/panels/AEAssetNameVC.h"
+#include "project/panels/AssetTypeButtons.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPainter>
 #include <QPushButton>
 #include <QSlider>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <cmath>
 
 namespace {
-
-const char* typeName(AEAssetType type) {
-    switch (type) {
-    case AEAssetType::speech:
-        return "Speech";
-    case AEAssetType::jingle:
-        return "Jingle";
-    case AEAssetType::music:
-        return "Music";
-    case AEAssetType::bgm:
-        return "Background Music";
-    case AEAssetType::ad:
-        return "Ad";
-    default:
-        return "Effect";
-    }
-}
-
-// A disc in the type's colour, the way the lists and the timeline show that type.
-QIcon typeIcon(AEAssetType type) {
-    QPixmap pixmap(28, 28);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const AEColors::AssetColors colors = AEColors::getAssetColor(type, true);
-    painter.setBrush(colors.background);
-    painter.setPen(QPen(colors.foreground, 2));
-    painter.drawEllipse(QRectF(3, 3, 22, 22));
-    painter.setPen(colors.foreground);
-    painter.drawText(QRectF(3, 3, 22, 22), Qt::AlignCenter, QString(typeName(type)).left(1));
-    return QIcon(pixmap);
-}
 
 constexpr int kNotSet = 0;
 
@@ -71,20 +38,9 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
     volumeGainSlider->setRange(-400, 200);
     volumeGainValueLabel->setMinimumWidth(70);
 
-    auto* types = new QHBoxLayout;
-    for (size_t i = 0; i < kTypes.size(); ++i) {
-        auto* button = new QToolButton(this);
-        button->setCheckable(true);
-        button->setAutoExclusive(true);
-        button->setIcon(typeIcon(kTypes[i]));
-        button->setIconSize(QSize(28, 28));
-        button->setToolTip(tr(typeName(kTypes[i])));
-        button->setObjectName(QString("type_") + typeName(kTypes[i]));
-        connect(button, &QToolButton::clicked, this, [this, i] { typePressed(kTypes[i]); });
-        types->addWidget(button);
-        typeButtons[i] = button;
-    }
-    types->addStretch();
+    auto* types = new AssetTypeButtons(assetType, this);
+    connect(types, &AssetTypeButtons::typePressed, this, &AEAssetVC::typePressed);
+    typeButtons = types;
     auto* autoButton = new QPushButton(tr("Auto"), this);
     auto* nameButton = new QPushButton(tr("Rename..."), this);
     auto* name = new QHBoxLayout;
@@ -166,8 +122,7 @@ void AEAssetVC::fill() {
     channels->setText(QString::number(asset->nChannels));
     bitsPerSample->setText(QString::number(asset->bitDepth));
     ingested->setText(asset->ingested ? "YES" : "NO");
-    for (size_t i = 0; i < kTypes.size(); ++i)
-        typeButtons[i]->setChecked(kTypes[i] == assetType);
+    typeButtons->setChecked(assetType);
     volumeGainSlider->setValue(static_cast<int>(std::lround(volumeGain * 10)));
     volumeGainValueLabel->setText(gainText(volumeGain));
     prepareBGMPopUp();
@@ -192,8 +147,7 @@ QString AEAssetVC::gainText(double dB) {
 
 void AEAssetVC::typePressed(AEAssetType type) {
     assetType = type;
-    for (size_t i = 0; i < kTypes.size(); ++i)
-        typeButtons[i]->setChecked(kTypes[i] == type);
+    typeButtons->setChecked(type);
     prepareBGMPopUp();
     if (type == AEAssetType::bgm) openBGMSettings();
 }

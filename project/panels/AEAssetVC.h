@@ -8,7 +8,6 @@
 #include "ui/ducking/AEBGMSettingsVC.h"
 
 #include <QDialog>
-#include <array>
 #include <functional>
 #include <memory>
 
@@ -19,16 +18,11 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSlider;
-class QToolButton;
+class AssetTypeButtons;
 
 class AEAssetVC : public QDialog, public AEBGMSettingsDone {
     Q_OBJECT
 public:
-    // The type buttons in this order: speech, jingle, music, bgm, ad, effect.
-    static constexpr std::array<AEAssetType, 6> kTypes{AEAssetType::speech, AEAssetType::jingle,
-                                                       AEAssetType::music,  AEAssetType::bgm,
-                                                       AEAssetType::ad,     AEAssetType::effect};
-
     explicit AEAssetVC(std::shared_ptr<AEAsset> asset, QWidget* parent = nullptr);
 
     std::function<void(const std::shared_ptr<AEAsset>&, const QString& name, AEAssetType type)>
@@ -56,7 +50,7 @@ public:
     QLabel* ingested;
     QSlider* volumeGainSlider;
     QLabel* volumeGainValueLabel;
-    std::array<QToolButton*, 6> typeButtons{};
+    AssetTypeButtons* typeButtons;
     QComboBox* bgmPopUp;
     QPushButton* bgmSettingsButton;
     QPushButton* relinkButton;

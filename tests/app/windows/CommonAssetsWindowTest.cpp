@@ -6,8 +6,14 @@
 #include "app/windows/AssetListWidget.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEAssetDB.h"
+#include "project/panels/AEAssetMiniInspectorVC.h"
+#include "project/panels/AssetTypeButtons.h"
 #include "tests/project/panels/ShowFixture.h"
 #include "timeline/model/TimelineFixture.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
 
 namespace {
 
@@ -57,4 +63,15 @@ TEST_F(CommonAssetsWindowTest, ReorderAndRemoveReachTheSavedShow) {
     EXPECT_TRUE(window.removePressed(1));
     EXPECT_EQ(savedIds(), QStringList({"common-b", "common-a"}));
     EXPECT_EQ(window.list()->count(), 2);
+
+    // The row's small panel: name and type, saved with the asset's record.
+    auto* mini = window.openMiniInspector(0);
+    ASSERT_TRUE(mini);
+    mini->assetName->setText("Sting");
+    mini->buttons->button(AEAssetType::effect)->click();
+    mini->okButton->click();
+    const auto record = KeyedUnarchiver::unarchive<AEAsset>(AEAssetDB::getPath(*AEAssetListVCGlobal[0]));
+    ASSERT_TRUE(record);
+    EXPECT_EQ(record->name, "Sting");
+    EXPECT_EQ(record->type, AEAssetType::effect);
 }

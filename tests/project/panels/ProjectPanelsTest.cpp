@@ -8,6 +8,7 @@
 #include "project/panels/AEAssetVC.h"
 #include "project/panels/AEEpisodeVC.h"
 #include "project/panels/AEShowVC.h"
+#include "project/panels/AssetTypeButtons.h"
 #include "project/panels/MainViewController.h"
 #include "tests/project/panels/ShowFixture.h"
 #include "timeline/model/TimelineFixture.h"
@@ -152,7 +153,7 @@ TEST_F(ProjectPanelsTest, AssetInspectorWritesNameTypeGainAndMusicOnOkOnly) {
         EXPECT_EQ(panel.volumeGainValueLabel->text(), "-3.0 dB");
         panel.volumeGainSlider->setValue(45);
         EXPECT_EQ(panel.volumeGainValueLabel->text(), "+4.5 dB");
-        panel.typeButtons[1]->click();
+        panel.typeButtons->button(AEAssetType::jingle)->click();
         panel.nameField->setText("Not kept");
         panel.reject();
     }
@@ -171,7 +172,7 @@ TEST_F(ProjectPanelsTest, AssetInspectorWritesNameTypeGainAndMusicOnOkOnly) {
     };
     panel.nameField->setText("Main Theme");
     panel.volumeGainSlider->setValue(-60);
-    panel.typeButtons[3]->click(); // background music opens its settings
+    panel.typeButtons->button(AEAssetType::bgm)->click(); // background music opens its settings
     ASSERT_TRUE(panel.bgmSettingsPanel());
     panel.bgmSettingsPanel()->check_loopable->setChecked(false);
     panel.bgmSettingsPanel()->slide_fadeOut->setValue(25);
