@@ -194,3 +194,24 @@ TEST_F(ProjectPanelsTest, AssetInspectorWritesNameTypeGainAndMusicOnOkOnly) {
         EXPECT_DOUBLE_EQ(a->bgmStart, 12.5);
     }
 }
+
+TEST_F(ProjectPanelsTest, ListImportsABundleOrSaysWhyNot) {
+    const auto episode = savedEpisode();
+    const QString bundle = dir.path() + "/E07.zendepisode";
+    ASSERT_EQ(episode->exportEpisode(bundle), "");
+    const QString junk = dir.path() + "/junk.zendepisode";
+    QFile file(junk);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("no zip here");
+    file.close();
+
+    MainViewController list;
+    const QStringList before = savedIds();
+    EXPECT_FALSE(list.importEpisode(junk));
+    EXPECT_EQ(savedIds(), before);
+    EXPECT_TRUE(transcript().join("\n").contains("junk.zendepisode: it is not a zip archive"));
+
+    EXPECT_TRUE(list.importEpisode(bundle));
+    EXPECT_EQ(savedIds(), QStringList({"E07", "E07"}));
+    EXPECT_EQ(zendrelShow->episodes.back()->title, "Title E07");
+}
