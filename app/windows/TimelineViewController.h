@@ -122,6 +122,8 @@ private:
                      int64_t lane);
     void listSelectionChanged(bool common);
     void openVolumeSlider(bool common, int row);
+    // The asset inspector for a row of the common (or the episode's) list; OK saves the asset and the show.
+    void openAssetInspector(bool common, int row);
     QToolButton* recordButton();
     void installBrightwashHooks();
     // The episode's list as shown (a copy: callers pass the episode's own), everywhere it is kept.
