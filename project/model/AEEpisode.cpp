@@ -14,6 +14,8 @@
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 
+#include <QFile>
+
 namespace {
 const bool registered = registerArchiveClass<AEEpisode>();
 
@@ -155,8 +157,23 @@ void AEEpisode::loadTimelineAssets() {
         forceLoadEpisodeAsset(item->asset);
 }
 
+namespace {
+// A refused file is renamed, not left where the new empty timeline's first save would overwrite it.
+void keepDamagedTimelineAside(const QString& path) {
+    if (!QFile::exists(path)) return;
+    QString aside = path + ".damaged";
+    for (int n = 2; QFile::exists(aside); ++n)
+        aside = path + ".damaged-" + QString::number(n);
+    if (QFile::rename(path, aside))
+        qxLog("AEEpisode: the unreadable timeline is kept as " + aside);
+    else
+        qxLog("AEEpisode: the unreadable timeline " + path + " could not be set aside");
+}
+} // namespace
+
 void AEEpisode::loadTimeline() {
     auto loaded = AETimeLine::load(timelineDataPath);
+    if (!loaded) keepDamagedTimelineAside(timelineDataPath);
     timeline = loaded ? loaded : AETimeLine::make(id);
 }
 
@@ -166,6 +183,7 @@ void AEEpisode::loadTimelineAsync(std::function<void()> callback) {
     std::weak_ptr<AEEpisode> weak = weak_from_this();
     Queue::execute([weak, path, fallbackId, callback] {
         auto loaded = AETimeLine::load(path);
+        if (!loaded) keepDamagedTimelineAside(path);
         XMain::execute(
             [weak, loaded, fallbackId, callback] {
                 if (loaded) {

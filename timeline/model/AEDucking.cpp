@@ -45,6 +45,49 @@ std::vector<AEDuckingJob::Point> pointsOf(const AEKeyframeList& list) {
     return points;
 }
 
+// The earlier job's points go with their gain twins: the gain list, which playback reads, would
+// otherwise keep every dip of every job and grow with each re-duck of a long bed.
+void removeDuckingPoints(AEKeyframeList& kfs) {
+    std::vector<float> times;
+    for (const auto& kf : kfs.keyframes)
+        if (kf->flag1) times.push_back(static_cast<float>(kf->time));
+    if (times.empty()) return;
+    kfs.removeByFlag(1);
+    std::erase_if(kfs.keyframesPerc, [&](const auto& twin) {
+        return std::binary_search(times.begin(), times.end(), twin->time);
+    });
+    kfs.sortKFs();
+}
+
+// The hand-made points of the item's envelope that the job did not see, or that an earlier job
+// already carried over.
+std::vector<AEDuckingJob::Point> madeDuring(const AEDuckingJob& job, const AEKeyframeList& now) {
+    std::vector<AEDuckingJob::Point> made;
+    const auto& before = job.inputs.envelope;
+    for (const auto& point : pointsOf(now)) {
+        if (point.flag1) continue;
+        const bool carried = std::any_of(job.madeDuringJob.begin(), job.madeDuringJob.end(),
+                                         [&](const auto& p) { return p.time == point.time; });
+        if (carried || std::find(before.begin(), before.end(), point) == before.end()) made.push_back(point);
+    }
+    return made;
+}
+
+void duckOverAnalysedAsset(const QString& assetId);
+
+void start(const std::shared_ptr<AETimeLineItem>& item, AETimeLine& timeline,
+           std::vector<AEDuckingJob::Point> madeDuringJob) {
+    if (!AEAssetDucking::analysedObserver) AEAssetDucking::analysedObserver = duckOverAnalysedAsset;
+    auto job = std::make_shared<AEDuckingJob>(AEDucking::snapshot(item, timeline));
+    job->madeDuringJob = std::move(madeDuringJob);
+    ++inFlight;
+    XMain::queue([job] { AEDucking::compute(*job); },
+                 [job] {
+                     --inFlight;
+                     AEDucking::apply(*job);
+                 });
+}
+
 // A new analysis lets the music over that asset dip without waiting for the next edit.
 void duckOverAnalysedAsset(const QString& assetId) {
     for (const auto& timeline : AETimeLine::tlList()) {
@@ -133,7 +176,7 @@ void AEDucking::compute(AEDuckingJob& job) {
     const auto asset = [&](double t) { return t - inTime + job.inputs.rangeI; };
 
     AEKeyframeList& kfs = *job.volumeKFs;
-    kfs.removeByFlag(1);
+    removeDuckingPoints(kfs);
     if (job.what.deleteKF) kfs.deleteKeyframesInTimeRange(AETimeRange(asset(inTime), asset(outTime)));
     bool inDip = false;
     for (const auto& event : spans.events) {
@@ -152,6 +195,9 @@ void AEDucking::compute(AEDuckingJob& job) {
             inDip = false;
         }
     }
+    if (job.what.deleteKF)
+        for (const auto& p : job.madeDuringJob)
+            kfs.setKeyframe(p.time, p.value, p.flag0, p.flag1);
 }
 
 void AEDucking::apply(const AEDuckingJob& job) {
@@ -161,7 +207,7 @@ void AEDucking::apply(const AEDuckingJob& job) {
     const auto& attached = timeline->attachedItems;
     if (std::find(attached.begin(), attached.end(), item) == attached.end()) return;
     if (inputsOf(*item, *timeline, job.what) != job.inputs) {
-        duck(item, *timeline);
+        start(item, *timeline, madeDuring(job, *item->volumeKFs));
         return;
     }
     item->volumeKFs->keyframes = job.volumeKFs->keyframes;
@@ -180,12 +226,5 @@ void AEDucking::duck(const std::shared_ptr<AETimeLineItem>& item, AETimeLine& ti
         timeline.adjustBGM(false);
         return;
     }
-    if (!AEAssetDucking::analysedObserver) AEAssetDucking::analysedObserver = duckOverAnalysedAsset;
-    auto job = std::make_shared<AEDuckingJob>(snapshot(item, timeline));
-    ++inFlight;
-    XMain::queue([job] { compute(*job); },
-                 [job] {
-                     --inFlight;
-                     apply(*job);
-                 });
+    start(item, timeline, {});
 }

@@ -56,6 +56,9 @@ struct AEDuckingJob {
     uint64_t serial = 0;
     Inputs inputs;
     std::shared_ptr<AEKeyframeList> volumeKFs; // a duplicate, the job's own
+    // Points set by hand while an earlier job of the item ran: they came after its dips, so they are
+    // set again after this job's, and deleteKF does not take them.
+    std::vector<Point> madeDuringJob;
     AEDuckingSettings what;
     QXDuckingSettings how;
 };

@@ -117,6 +117,11 @@ TEST_F(AEEpisodeTimeline, AMissingOrUnreadableFileGivesANewEmptyTimeline) {
         EXPECT_TRUE(episode->timeline->currentViewRange.isEqual(AETimeRange(0, 30.0)))
             << "a new timeline, not one read from a file";
     }
+    // The damaged file outlives the new timeline's save.
+    episode->saveTimeline();
+    QFile aside(episode->timelineDataPath + ".damaged");
+    ASSERT_TRUE(aside.open(QIODevice::ReadOnly));
+    EXPECT_EQ(aside.readAll(), "{ \"format\": \"something else\" }");
 }
 
 TEST_F(AEEpisodeTimeline, AsyncLoadCallsBackOnTheMainThreadWithTheTimelineInPlace) {

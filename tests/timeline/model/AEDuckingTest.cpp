@@ -4,6 +4,7 @@
 #include "timeline/model/AEDucking.h"
 
 #include "TimelineFixture.h"
+#include "dsp/Levels.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAssetDucking.h"
 #include "project/model/DuckingSettings.h"
@@ -72,6 +73,11 @@ TEST_F(AEDuckingTest, DefaultsDipTwelveDecibelsAroundSpeechInAssetTime) {
     // Fade-out and dips meet in the applied envelope, which the model's invariants check.
     expectInvariants(*tl);
     EXPECT_DOUBLE_EQ(bed->globalKFS->getValue(20), -12);
+    // Ducked again, the old points leave the gain list too: what playback reads dips only once.
+    AEDucking::duck(bed, *tl);
+    settle();
+    ASSERT_EQ(bed->volumeKFs->keyframesPerc.size(), 4u);
+    EXPECT_NEAR(bed->volumeKFs->getValuePerc(20), aUt_dbToDouble(-12), 1e-6);
 }
 
 TEST_F(AEDuckingTest, SpeechCloserThanTheReturnTimeIsOneDip) {
@@ -149,17 +155,20 @@ TEST_F(AEDuckingTest, AnOvertakenOrOrphanedJobChangesNothing) {
     settle();
     EXPECT_TRUE(bed->volumeKFs->keyframes.empty());
 
-    AEDuckingSettings what;
-    what.deleteKF = false;
-    what.save();
-    auto bed2 = tl->attachItem(music("bed2", 100, true), -1, 0, std::nullopt, false, false);
-    // An edit while the job runs is kept: the job starts again from it.
-    bed2->volumeKFs->setKeyframe(50, -3.0);
-    settle();
-    ASSERT_EQ(bed2->volumeKFs->keyframes.size(), 5u);
-    EXPECT_DOUBLE_EQ(bed2->volumeKFs->getValue(50), -3.0);
-    // The dip is taken from the edited level.
-    EXPECT_DOUBLE_EQ(bed2->volumeKFs->getValue(20.3), -15.0);
+    // An edit while the job runs is kept: the job starts again from it. Without deleteKF the dip is
+    // taken from the edited level; with it the edit comes after the dips, as it came after the job.
+    for (const auto& [deleteKF, dip] : {std::pair{false, -15.0}, std::pair{true, -12.0}}) {
+        AEDuckingSettings what;
+        what.deleteKF = deleteKF;
+        what.save();
+        auto bed2 = tl->attachItem(music("bed2", 100, true), -1, 0, std::nullopt, false, false);
+        bed2->volumeKFs->setKeyframe(50, -3.0);
+        settle();
+        ASSERT_EQ(bed2->volumeKFs->keyframes.size(), 5u) << deleteKF;
+        EXPECT_DOUBLE_EQ(bed2->volumeKFs->getValue(50), -3.0);
+        EXPECT_DOUBLE_EQ(bed2->volumeKFs->getValue(20.3), dip);
+        tl->removeAttachedItem(bed2);
+    }
 }
 
 } // namespace
