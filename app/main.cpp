@@ -12,6 +12,7 @@
 #include "ui/WidgetInteraction.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <memory>
 
 namespace {
@@ -35,6 +36,10 @@ int runWindowed(int argc, char** argv) {
     const int status = [&app] {
         auto delegate = std::make_shared<AppDelegate>();
         delegate->applicationDidFinishLaunching();
+        // "zendrel FILE.zendepisode", as the desktop opens a bundle.
+        for (const QString& argument : QApplication::arguments().mid(1))
+            if (argument.endsWith(".zendepisode", Qt::CaseInsensitive))
+                delegate->openBundleWhenReady(QFileInfo(argument).absoluteFilePath());
         return app.exec();
     }();
     setUserInteraction(nullptr);

@@ -3,6 +3,7 @@
 #include "cleaning/AudioAnalysis.h"
 #include "cleaning/ClusterGate.h"
 #include "cleaning/DenoiseDefault.h"
+#include "cleaning/Uhm.h"
 #include "dsp/GaussianReduction.h"
 #include "dsp/SndFile.h"
 #include "foundation/Execution.h"
@@ -229,8 +230,18 @@ void Brightwash::pausesRemoving() {
 void Brightwash::uhmRemoving() {
     if (!settings.doEraseUhm) return;
     fileDeUhmPathS = temporaryPath("_deuhm.wav");
-    // The hesitation eraser is not part of this build yet: the stage passes its input on.
-    qxLog("Brightwash: hesitation erasing is not available; " + currentFilePath + " passes unchanged");
+    progressNewPhase("Uhm Removal");
+    progressNewSubPhase("Removing Uhms...", fileDeUhmPathS);
+    const BWUhmSettings& u = settings.uhmPrefs;
+    Uhm uhm(currentFilePath, nullptr);
+    uhm.analysisInterval = 1.0 / std::max(1, u.analisysInterval);
+    if (!uhm.performAnalysisAndCuts(fileDeUhmPathS, u.minimumLength, u.threshold, u.crossDissolveMS)) {
+        // Nothing would be left: a file that is one long held sound is passed on rather than lost.
+        qxLog("Brightwash: no speech left after hesitation removal; " + currentFilePath +
+              " passes unchanged");
+        return;
+    }
+    if (stageDone("Hesitation removal", fileDeUhmPathS)) currentFilePath = fileDeUhmPathS;
 }
 
 void Brightwash::cleaning() {

@@ -30,3 +30,5 @@ fi
 
 cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${ZENDREL_BUILD_TYPE:-RelWithDebInfo}" "$@" >/dev/null
 cmake --build "$build" --parallel "$(nproc)"
+# The menu entry, icon and ".zendepisode" file type for this user.
+"$here/scripts/install-desktop.sh" "$build/app/zendrel" || echo "setup: desktop entry not installed"

@@ -2,6 +2,7 @@
 
 #include "app/cli/CommandLine.h"
 #include "cleaning/Brightwash.h"
+#include "cleaning/BrightwashBatch.h"
 #include "foundation/Execution.h"
 #include "foundation/Interaction.h"
 #include "foundation/Prog.h"
@@ -35,46 +36,28 @@ std::optional<BrightwashSetting> settingsFrom(const QString& path, QString& why)
     return settings;
 }
 
-// Phase, subphase and total on one terminal line, rewritten in place.
-class TerminalProgress {
-public:
-    explicit TerminalProgress(const QString& name) : name_(name) {}
-
-    void show(const ProgState& state) {
-        const QString line = QString("%1: %2 %3 %4%")
-                                 .arg(name_, state.phaseTitle, state.subPhaseTitle)
-                                 .arg(int(state.getTotalPercentage() * 100.0));
-        if (line == last_) return;
-        last_ = line;
-        out() << "\r\033[K" << line << Qt::flush;
-    }
-
-private:
-    QString name_;
-    QString last_;
-};
-
-// The run on the pool; this thread keeps the event loop turning (the progress refresh lives on it) and
-// prints.
-QString cleanOne(const QString& file, const BrightwashSetting& settings, QString& delivered) {
-    const QString path = QFileInfo(file).absoluteFilePath();
-    auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
-    auto run = Brightwash::make(path, settings, prog, {});
+// All files side by side; this thread keeps the event loop turning (the progress refresh and the
+// batch's end live on it) and prints the total on one terminal line, rewritten in place.
+std::shared_ptr<BrightwashBatch> cleanAll(const QStringList& files, const BrightwashSetting& settings) {
+    std::vector<BWBatchData> data;
+    for (const QString& file : files)
+        data.push_back({QFileInfo(file).absoluteFilePath(), settings});
+    auto batch = BrightwashBatch::make(data);
     std::atomic<bool> done{false};
-    Queue::execute([run, &done] {
-        run->start();
-        done = true;
-    });
-    TerminalProgress terminal(QFileInfo(file).fileName());
+    batch->start([&done] { done = true; });
+    QString last;
     while (!done) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        terminal.show(prog->state());
+        const QString line = QString("%1 of %2 files done, %3%")
+                                 .arg(batch->getCompleted())
+                                 .arg(batch->count())
+                                 .arg(int(batch->getPercentage() * 100.0));
+        if (line != last) out() << "\r\033[K" << line << Qt::flush;
+        last = line;
         QThread::msleep(100);
     }
-    QCoreApplication::processEvents();
     out() << "\r\033[K" << Qt::flush;
-    delivered = run->deliveredPath();
-    return run->error();
+    return batch;
 }
 
 class DoorGuard {
@@ -125,15 +108,15 @@ int runCleanCommand(const QStringList& arguments) {
     }
     if (parser.isSet(mp3Option)) settings.exportFormat = BWExportFormats::mp3;
 
+    const auto batch = cleanAll(files, settings);
     int failures = 0;
-    for (const QString& file : files) {
-        QString delivered;
-        const QString error = cleanOne(file, settings, delivered);
-        if (!error.isEmpty()) {
+    for (size_t i = 0; i < batch->count(); ++i) {
+        const QString& file = files[int(i)];
+        if (const QString error = batch->jobError(i); !error.isEmpty()) {
             cli_fail("clean", file + ": " + error, kCliFailed);
             ++failures;
         } else {
-            out() << file << " -> " << delivered << Qt::endl;
+            out() << file << " -> " << batch->jobResultPath(i) << Qt::endl;
         }
     }
     return failures == 0 ? 0 : 1;

@@ -2,6 +2,7 @@
 
 #include "app/cli/CleanCommand.h"
 #include "app/cli/ExportCommand.h"
+#include "app/cli/ImportCommand.h"
 #include "foundation/Interaction.h"
 
 #include <QCoreApplication>
@@ -16,6 +17,7 @@ const std::vector<CliCommand>& cli_commands() {
          &runExportCommand},
         {"clean", "Clean speech files: noise, hum, levels and dead air, beside each source.",
          &runCleanCommand},
+        {"import", "Add the episode of a .zendepisode bundle to a show.", &runImportCommand},
     };
     return table;
 }
@@ -76,6 +78,8 @@ int runTopLevel(const QStringList& arguments) {
 bool cli_isCommandLine(int argc, char** argv) {
     if (argc < 2) return false;
     const QString first = QString::fromLocal8Bit(argv[1]);
+    // A bundle opened from the desktop: the window imports it.
+    if (first.endsWith(".zendepisode", Qt::CaseInsensitive)) return false;
     // Anything else starting with "-" is an option of the window (Qt's own -platform, -style...).
     return !first.startsWith('-') || first == "--help" || first == "-h" || first == "--version" ||
            first == "-v" || first == "--help-all";

@@ -5,6 +5,7 @@
 #include "app/core/WorkFolderPrefs.h"
 #include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
+#include "app/windows/CommonAssetsWindow.h"
 #include "app/windows/SettingsPanels.h"
 #include "app/windows/TimelineViewController.h"
 #include "app/windows/WorkingFolderVC.h"
@@ -17,10 +18,13 @@
 #include "project/model/AEShow.h"
 #include "project/model/AssetDrop.h"
 #include "project/model/Globals.h"
+#include "project/panels/AEEpisodeVC.h"
+#include "project/panels/AEShowVC.h"
 #include "project/panels/MainViewController.h"
 #include "render/Mp3.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineLanesHelper.h"
+#include "ui/cleaning/BatchCleanWindow.h"
 #include "ui/cleaning/Brightwash_prefsVC.h"
 #include "ui/ducking/DuckingCommands.h"
 #include "ui/recording/RecorderEntryPoints.h"
@@ -62,6 +66,13 @@ void AppDelegate::applicationDidFinishLaunching() {
     window_->show();
 }
 
+void AppDelegate::openBundleWhenReady(const QString& path) {
+    if (main_)
+        main_->importEpisodeBehindWindow(path);
+    else
+        pendingBundle_ = path;
+}
+
 QAction* AppDelegate::action(const QString& name) const {
     return window_ ? window_->findChild<QAction*>(name) : nullptr;
 }
@@ -95,11 +106,34 @@ void AppDelegate::buildFileMenu() {
     QMenu* file = window_->menuBar()->addMenu(tr("&File"));
     add(file, "menu_WorkingFolder", tr("Working Folder..."), {}, [this] { menu_WorkingFolder(); });
     add(file, "saveAction", tr("&Save"), QKeySequence::Save, [this] { saveAction(); });
+    add(file, "menu_importEpisode", tr("Import Episode..."), QKeySequence("Ctrl+Shift+I"), [this] {
+        if (main_ && !timelineVC_) main_->importEpisode();
+    });
+    add(file, "menu_showMetadata", tr("Show..."), {}, [this] {
+        if (!zendrelShow) return;
+        AEShowVC panel(zendrelShow, window_.get());
+        panel.exec();
+    });
+    add(file, "menu_episodeMetadata", tr("Episode..."), QKeySequence("Ctrl+I"), [this] {
+        if (!AEEpisodeSelected || !timelineVC_) return;
+        auto* panel = new AEEpisodeVC(AEEpisodeSelected, window_.get());
+        panel->setAttribute(Qt::WA_DeleteOnClose);
+        panel->episodeVCDone = [this](const std::shared_ptr<AEEpisode>& episode) {
+            saveShow();
+            window_->setWindowTitle(episode->episodeId + " – " + episode->title);
+        };
+        panel->open();
+    });
     addTimeline(file, "mennu_exportTimeline", tr("&Export..."), QKeySequence("Ctrl+E"),
                 [](TimelineViewController& vc) { vc.export_pressed(); });
     addTimeline(file, "menu_closeEpisode", tr("&Close Episode"), QKeySequence::Close,
                 [](TimelineViewController& vc) { vc.closeAll(); });
     file->addSeparator();
+    add(file, "menu_batchClean", tr("Batch Clean…"), {}, [this] {
+        auto* window = new BatchCleanWindow(window_.get());
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->show();
+    });
     add(file, "menu_cleaningSettings", tr("Cleaning Settings…"), {},
         [this] { Brightwash_prefsVC::displayPrefsPanel(window_.get()); });
     add(file, "menu_recorderSettings", tr("Recorder Settings…"), {}, [this] {
@@ -149,8 +183,12 @@ void AppDelegate::buildEditMenu() {
                 [](TimelineViewController& vc) { vc.btnInsertSilencePressed(); });
     addTimeline(edit, "menu_convertSelectionToAsset", tr("Selection to Asset..."), {},
                 [](TimelineViewController& vc) { vc.selectionToAsset(); });
+    addTimeline(edit, "menu_selectionToUhmDB", tr("Selection to Uhm DB"), {},
+                [](TimelineViewController& vc) { vc.selectionToUhmFP(); });
     addTimeline(edit, "menu_cleanAsset", tr("Clean…"), {},
                 [](TimelineViewController& vc) { vc.cleanSelectedAsset(); });
+    addTimeline(edit, "menu_probableUhm", tr("Probable Uhm…"), {},
+                [](TimelineViewController& vc) { vc.probableUhm(vc.commands().selectedEpisodeAssetIndex); });
     addTimeline(edit, "menu_newVolumeKeyframe", tr("Add Volume Keyframe"), QKeySequence("Ctrl+Shift+K"),
                 [](TimelineViewController& vc) { vc.commands().addVolumeKeyframe(); });
     auto* ducking = new DuckingCommands(
@@ -297,21 +335,16 @@ void AppDelegate::commonAssetWindowToggler() {
         commonAssetW_->close();
         return;
     }
-    auto* list = new AssetListWidget("commonAssetWindow", window_.get());
-    list->setWindowFlag(Qt::Window);
-    list->setAttribute(Qt::WA_DeleteOnClose);
-    list->setWindowTitle(tr("Common Assets"));
-    list->setAssets(zendrelShow ? zendrelShow->commonAssets : std::vector<std::shared_ptr<AEAsset>>{});
-    connect(list, &AssetListWidget::filesDropped, list, [this, list](const QStringList& paths) {
+    auto* assetsWindow = new CommonAssetsWindow(window_.get());
+    assetsWindow->setAttribute(Qt::WA_DeleteOnClose);
+    assetsWindow->filesDropped = [this](const QStringList& paths) {
         if (timelineVC_)
             timelineVC_->draggedCommon(paths);
         else
             ingestCommonAssets(paths);
-        list->setAssets(AEAssetListVCGlobal);
-    });
-    list->resize(320, 480);
-    list->show();
-    commonAssetW_ = list;
+    };
+    assetsWindow->show();
+    commonAssetW_ = assetsWindow;
 }
 
 void AppDelegate::showLoaded(const std::shared_ptr<AEShow>&) {
@@ -321,6 +354,12 @@ void AppDelegate::showLoaded(const std::shared_ptr<AEShow>&) {
     main->timelineOpener = [this](const std::shared_ptr<AEEpisode>& episode) { openTimeline(episode); };
     window_->switchTo(main, kMainSize, false);
     if (splash_) window_->discard(splash_);
+    connect(main, &MainViewController::assetListsChanged, this, [this] {
+        if (auto* list = qobject_cast<AssetListWidget*>(commonAssetW_.data()))
+            list->setAssets(AEAssetListVCGlobal);
+    });
+    if (!pendingBundle_.isEmpty()) main->importEpisodeBehindWindow(pendingBundle_);
+    pendingBundle_.clear();
 }
 
 void AppDelegate::openTimeline(const std::shared_ptr<AEEpisode>& episode) {

@@ -8,6 +8,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QString>
 #include <functional>
 #include <memory>
 
@@ -30,6 +31,8 @@ public:
     // Builds the window and its menu and starts with the splash.
     void applicationDidFinishLaunching();
 
+    // A bundle given on the command line (or by the desktop): imported once the show is loaded.
+    void openBundleWhenReady(const QString& path);
     void menu_WorkingFolder();
     void saveAction();
     void workingFolderChange(const QString& to) override;
@@ -64,4 +67,5 @@ private:
     QPointer<MainViewController> main_;
     QPointer<TimelineViewController> timelineVC_;
     QPointer<QWidget> commonAssetW_;
+    QString pendingBundle_;
 };

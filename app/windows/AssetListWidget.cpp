@@ -123,21 +123,36 @@ QMimeData* AssetListWidget::mimeData(const QList<QListWidgetItem*>& items) const
     return mime;
 }
 
+bool AssetListWidget::isOwnRowDrag(const QDropEvent* event) const {
+    return reorderable_ && event->source() == this && event->mimeData()->hasFormat(kAssetMime);
+}
+
 void AssetListWidget::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasUrls())
+    if (event->mimeData()->hasUrls() || isOwnRowDrag(event))
         event->acceptProposedAction();
     else
         event->ignore();
 }
 
 void AssetListWidget::dragMoveEvent(QDragMoveEvent* event) {
-    if (event->mimeData()->hasUrls())
+    if (event->mimeData()->hasUrls() || isOwnRowDrag(event))
         event->acceptProposedAction();
     else
         event->ignore();
 }
 
 void AssetListWidget::dropEvent(QDropEvent* event) {
+    if (isOwnRowDrag(event)) {
+        const QString id = QString::fromUtf8(event->mimeData()->data(kAssetMime));
+        const auto from =
+            std::find_if(assets_.begin(), assets_.end(), [&](const auto& a) { return a && a->id == id; });
+        if (from == assets_.end()) return event->ignore();
+        const int row = indexAt(event->position().toPoint()).row();
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+        emit rowMoved(static_cast<int>(from - assets_.begin()), row < 0 ? count() - 1 : row);
+        return;
+    }
     const QStringList paths = localFiles(event->mimeData());
     if (paths.isEmpty()) return event->ignore();
     event->acceptProposedAction();

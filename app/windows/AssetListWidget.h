@@ -21,11 +21,15 @@ public:
     const std::vector<std::shared_ptr<AEAsset>>& assets() const { return assets_; }
     std::shared_ptr<AEAsset> assetAt(int row) const;
 
+    // Rows dragged within the list move there (rowMoved tells the owner, who reorders its records).
+    void setReorderable(bool on) { reorderable_ = on; }
+
     // Local paths of the files in a drop, folders and non-local entries left out.
     static QStringList localFiles(const QMimeData* mime);
 
 signals:
     void filesDropped(const QStringList& paths);
+    void rowMoved(int from, int to);
 
 protected:
     QMimeData* mimeData(const QList<QListWidgetItem*>& items) const override;
@@ -35,5 +39,8 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    bool isOwnRowDrag(const QDropEvent* event) const;
+
     std::vector<std::shared_ptr<AEAsset>> assets_;
+    bool reorderable_ = false;
 };

@@ -7,6 +7,7 @@
 #include "app/windows/EditPanels.h"
 #include "app/windows/MarkerInspectorVC.h"
 #include "app/windows/TimelineExport.h"
+#include "app/windows/TimelineUhm.h"
 #include "cleaning/Brightwash.h"
 #include "cleaning/BrightwashAssets.h"
 #include "foundation/Interaction.h"
@@ -16,11 +17,13 @@
 #include "foundation/QXTimer.h"
 #include "foundation/Timecode.h"
 #include "project/model/AEAsset.h"
+#include "project/model/AEAssetDB.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEShow.h"
 #include "project/model/AssetDrop.h"
 #include "project/model/Globals.h"
 #include "project/panels/AEAssetIngestVC.h"
+#include "project/panels/AEAssetVC.h"
 #include "timeline/model/AELane.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
@@ -202,15 +205,16 @@ void TimelineViewController::buildLayout() {
         connect(list, &QWidget::customContextMenuRequested, this, [this, list](QPoint pos) {
             const int row = list->indexAt(pos).row();
             if (row < 0) return;
-            if (list == commonList_) {
-                openVolumeSlider(true, row);
-                return;
-            }
+            const bool common = list == commonList_;
             auto* menu = new QMenu(this);
-            menu->setObjectName("episodeAssetMenu");
+            menu->setObjectName(common ? "commonAssetMenu" : "episodeAssetMenu");
             menu->setAttribute(Qt::WA_DeleteOnClose);
-            menu->addAction(tr("Volume…"), this, [this, row] { openVolumeSlider(false, row); });
-            menu->addAction(tr("Clean…"), this, [this, row] { cleanAsset(row); });
+            menu->addAction(tr("Inspector…"), this, [this, common, row] { openAssetInspector(common, row); });
+            menu->addAction(tr("Volume…"), this, [this, common, row] { openVolumeSlider(common, row); });
+            if (!common) {
+                menu->addAction(tr("Clean…"), this, [this, row] { cleanAsset(row); });
+                menu->addAction(tr("Probable Uhm…"), this, [this, row] { probableUhm(row); });
+            }
             menu->popup(list->viewport()->mapToGlobal(pos));
         });
     }
@@ -574,6 +578,21 @@ void TimelineViewController::selectionToAsset() {
     panel->open();
 }
 
+void TimelineViewController::probableUhm(int row) {
+    const auto asset = episodeList_->assetAt(row);
+    if (!asset) {
+        userInteraction()->alert("Probable Uhm", "Choose an asset of the episode's list first.");
+        return;
+    }
+    timelineUhm_openPanel(asset, this, [self = QPointer<TimelineViewController>(this)] {
+        if (self) self->afterAction();
+    });
+}
+
+void TimelineViewController::selectionToUhmFP() {
+    timelineUhm_selectionToUhmFP(timeline());
+}
+
 void TimelineViewController::btnInsertSilencePressed() {
     auto* panel = new AEInsertSilenceVC([this](double seconds) { commands_.insertSilence(seconds); }, this);
     panel->setAttribute(Qt::WA_DeleteOnClose);
@@ -593,6 +612,26 @@ void TimelineViewController::openVolumeSlider(bool common, int row) {
         },
         this);
     panel->show();
+}
+
+void TimelineViewController::openAssetInspector(bool common, int row) {
+    const auto asset = (common ? commonList_ : episodeList_)->assetAt(row);
+    if (!asset) return;
+    auto* panel = new AEAssetVC(asset, this);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    if (!common) panel->onClean = [this, row] { cleanAsset(row); };
+    panel->assetInspectorVCDone = [this, common](const std::shared_ptr<AEAsset>& edited, const QString&,
+                                                 AEAssetType) {
+        AEAssetDB::saveAsset(edited);
+        saveShow();
+        AssetListWidget* list = common ? commonList_ : episodeList_;
+        list->setAssets(common ? commands_.commonAssets : commands_.episodeAssets);
+        if (const auto tl = timeline()) {
+            tl->updateVolumeFromOutside();
+            tl->mustDraw = true;
+        }
+    };
+    panel->open();
 }
 
 std::shared_ptr<AEAsset> TimelineViewController::assetById(const QString& id) const {

@@ -60,6 +60,8 @@ public:
     void deleteSelection();
     void export_pressed();
     void selectionToAsset();
+    // The selected stretch of the main lane into the show's hesitation database.
+    void selectionToUhmFP();
     void btnInsertSilencePressed();
     void btnVolumeKFsPressed();
     void btnEditModePressed(int tag);
@@ -101,6 +103,8 @@ public:
     // progress window; the list follows when the run lands.
     void cleanSelectedAsset();
     void cleanAsset(int row);
+    // The "Probable Uhm" sheet on the episode list's asset at `row`; its markers show when it is done.
+    void probableUhm(int row);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -118,6 +122,8 @@ private:
                      int64_t lane);
     void listSelectionChanged(bool common);
     void openVolumeSlider(bool common, int row);
+    // The asset inspector for a row of the common (or the episode's) list; OK saves the asset and the show.
+    void openAssetInspector(bool common, int row);
     QToolButton* recordButton();
     void installBrightwashHooks();
     // The episode's list as shown (a copy: callers pass the episode's own), everywhere it is kept.

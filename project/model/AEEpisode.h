@@ -19,6 +19,14 @@ class AETimeLine;
 
 enum class AENChannels { mono = 1, stereo = 2 };
 enum class AEEpisodeStatus { notReady = 0, ready = 1, published = 2 };
+class AEEpisode;
+
+// What an import brought: the episode appended to the show, or one line saying why nothing was.
+struct AEEpisodeImport {
+    std::shared_ptr<AEEpisode> episode;
+    QString error;
+};
+
 enum class AEEpisodeSortBy { episodeId, title, creationDate, modificationDate };
 
 class AEEpisode : public KeyedObject, public std::enable_shared_from_this<AEEpisode> {
@@ -74,4 +82,13 @@ public:
     void checkAssets();
     bool assetInEpisode(const QString& id) const;
     bool assetInEpisodeByFilePath(const QString& filePath) const;
+
+    // Bundles (EpisodeBundle.cpp). Export writes a flat zip of the episode, its timeline, its assets'
+    // records and media (and the common assets the timeline uses, with includeCommon); "" or the reason
+    // it failed. Any thread; progress gets the fraction done.
+    QString exportEpisode(const QString& path, bool includeCommon = true,
+                          const std::function<void(double)>& progress = {});
+    // Unpacks a bundle beside itself, checks all of it, then brings media and records into the working
+    // folder and appends the episode to zendrelShow (the caller saves the show). Main thread.
+    static AEEpisodeImport importEpisode(const QString& path);
 };

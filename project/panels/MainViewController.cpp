@@ -5,12 +5,15 @@
 #include "foundation/Log.h"
 #include "foundation/QXTimer.h"
 #include "project/model/AEEpisode.h"
+#include "project/model/AEIngest.h"
 #include "project/panels/AEEpisodeCell.h"
+#include "project/panels/AEEpisodeVC.h"
 #include "project/panels/EpisodeListModel.h"
 #include "project/panels/NewEpisodeViewController.h"
 #include "ui/IHImages.h"
 #include "ui/LoadingWindow.h"
 
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListView>
@@ -258,8 +261,53 @@ void MainViewController::removeEpisode(const std::shared_ptr<AEEpisode>& episode
 }
 
 void MainViewController::infoButton_pressed(int row) {
-    if (const auto episode = model_->episodeAt(row))
-        qxLog("MainViewController.infoButton_pressed: " + episode->episodeId + " " + episode->id);
+    const auto episode = model_->episodeAt(row);
+    if (!episode) return;
+    auto* panel = new AEEpisodeVC(episode, this);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->episodeVCDone = [self = QPointer<MainViewController>(this)](const std::shared_ptr<AEEpisode>& e) {
+        if (self) self->episodeVCDone(e);
+    };
+    panel->open();
+}
+
+void MainViewController::episodeVCDone(const std::shared_ptr<AEEpisode>& episode) {
+    if (zendrelShow)
+        for (auto& entry : zendrelShow->episodes)
+            if (entry && entry->id == episode->id && entry != episode) entry = episode;
+    saveShow();
+    update();
+}
+
+void MainViewController::importEpisode() {
+    const QString path =
+        fu_selectFile("Select Episode File", "", {"zendepisode"}, AEIngest::documentsFolder());
+    if (!path.isEmpty()) importEpisodeBehindWindow(path);
+}
+
+void MainViewController::importEpisodeBehindWindow(const QString& path) {
+    // The import blocks the main thread: the window says why, once it is on the screen.
+    auto window = std::make_shared<std::shared_ptr<LoadingWindow>>();
+    *window = LoadingWindow::make(
+        "Importing", "Importing " + QFileInfo(path).fileName(), "Please wait just a little...",
+        [self = QPointer<MainViewController>(this), path, window] {
+            if (self) self->importEpisode(path);
+            (*window)->dismiss();
+            window->reset();
+        },
+        "Zendrel_rolling_v2_");
+}
+
+bool MainViewController::importEpisode(const QString& path) {
+    const AEEpisodeImport imported = AEEpisode::importEpisode(path);
+    if (!imported.episode) {
+        Warning("Import", "The episode was not imported. " + imported.error);
+        return false;
+    }
+    saveShow();
+    update();
+    emit assetListsChanged();
+    return true;
 }
 
 void MainViewController::clicOnTable(int row) {

@@ -46,6 +46,13 @@ public:
     void infoButton_pressed(int row);
     void clicOnTable(int row);
     void open(const std::shared_ptr<AEEpisode>& episode);
+    // The metadata panel's OK: the list and the show file carry the change.
+    void episodeVCDone(const std::shared_ptr<AEEpisode>& episode);
+    // Asks for a bundle, then imports it behind a loading window.
+    void importEpisode();
+    void importEpisodeBehindWindow(const QString& path);
+    // Imports the bundle and saves the show; false (the person told why) when nothing was imported.
+    bool importEpisode(const QString& path);
 
     // Puts the timeline window of the episode in place of the list; set by the application, which owns
     // the window. Runs once the episode's assets are loaded and checked.
@@ -56,6 +63,10 @@ public:
     QPushButton* btn_addNewEpisode() const { return newEpisode_; }
     QToolButton* sortButton(sortEpisodesBy by) const;
     bool timerRunning() const;
+
+signals:
+    // "AEAssetNameVC:update": the common assets changed (an import brought some).
+    void assetListsChanged();
 
 protected:
     void showEvent(QShowEvent* event) override;

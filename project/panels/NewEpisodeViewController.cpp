@@ -6,6 +6,7 @@
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
+#include "project/panels/ArtworkCheck.h"
 #include "ui/DragImageAreaView.h"
 
 #include <QDialogButtonBox>
@@ -69,6 +70,7 @@ void NewEpisodeViewController::imageDropped(const QStringList& paths) {
     if (paths.isEmpty()) return;
     draggedImagePath_ = paths.front();
     ingestedPath_ = AEIngest::ingest(draggedImagePath_).value_or("");
+    if (!ingestedPath_.isEmpty()) artwork_warnIfRejected(ingestedPath_);
     dragArea_->setImage(QImage(ingestedPath_.isEmpty() ? draggedImagePath_ : ingestedPath_));
     dragLabel_->setText(QFileInfo(draggedImagePath_).fileName());
 }

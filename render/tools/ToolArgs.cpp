@@ -340,3 +340,19 @@ QStringList convertToID3(const QString& filePath) {
 }
 
 } // namespace kid3Args
+
+namespace zipArgs {
+
+QStringList create(const QString& zipPath, const QStringList& files) {
+    return QStringList{"-q", "-j", "-X", "-n", ".mp3:.m4a:.aac:.ogg:.flac:.jpg:.jpeg:.png", zipPath} + files;
+}
+
+QStringList list(const QString& zipPath) {
+    return {"-Z", "-l", zipPath};
+}
+
+QStringList extract(const QString& zipPath, const QString& folder) {
+    return {"-qq", "-o", zipPath, "-d", folder};
+}
+
+} // namespace zipArgs

@@ -116,3 +116,15 @@ QStringList setTags(const QString& filePath, const std::vector<Mp3Tag>& tags, bo
 QStringList convertToID3(const QString& filePath);
 
 } // namespace kid3Args
+
+namespace zipArgs {
+
+// A flat archive (-j drops the folders) of absolute paths, without extra attributes; files that are
+// already compressed are stored rather than deflated again.
+QStringList create(const QString& zipPath, const QStringList& files);
+// unzip's zipinfo mode, one long line per entry: type and mode, sizes, encryption and name.
+QStringList list(const QString& zipPath);
+// Everything into folder, overwriting, quietly.
+QStringList extract(const QString& zipPath, const QString& folder);
+
+} // namespace zipArgs

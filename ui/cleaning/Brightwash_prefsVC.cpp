@@ -4,6 +4,7 @@
 #include "cleaning/BrightwashKeys.h"
 #include "foundation/Prefs.h"
 #include "render/tools/SoxFilters.h"
+#include "ui/cleaning/UhmVC.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -318,21 +319,9 @@ void Brightwash_prefsVC::buildPauses() {
 
 void Brightwash_prefsVC::buildUhm() {
     auto* widget = page(tr("Hesitations"), 5);
-    auto* layout = static_cast<QVBoxLayout*>(widget->layout());
-    BWUhmSettings& u = g().uhmPrefs;
-    addSlider(
-        layout, tr("Analyses a second"), 4, 64, 1, 0, [&u] { return double(u.analisysInterval); },
-        [&u](double v) { u.analisysInterval = int(v); });
-    addSlider(
-        layout, tr("Shortest hesitation"), 0.1, 2, 0.1, 1, [&u] { return u.minimumLength; },
-        [&u](double v) { u.minimumLength = v; });
-    addSlider(
-        layout, tr("Likeness"), 0, 1, 0.01, 2, [&u] { return double(u.threshold); },
-        [&u](double v) { u.threshold = float(v); });
-    addSlider(
-        layout, tr("Cross-dissolve (ms)"), 0, 100, 1, 0, [&u] { return double(u.crossDissolveMS); },
-        [&u](double v) { u.crossDissolveMS = int(v); });
-    layout->addStretch();
+    auto* uhm = new UhmVC([] { saveJson(); }, widget);
+    static_cast<QVBoxLayout*>(widget->layout())->addWidget(uhm, 1);
+    refills_.push_back([uhm] { uhm->refill(); });
     indecisionEraserPane = widget;
 }
 
