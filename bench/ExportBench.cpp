@@ -7,8 +7,11 @@
 //     standing for the lane files the export makes.
 //   - NormalisedMp3Export, the whole delivery (render, loudness measure, gain and true-peak limiter
 //     inside the encode, read-back report), against the same FFmpegEncodeAlone;
-//   - Ingest of a 1 GB file (one read that hashes and copies) against CpAlone, "cp" of that file.
-// The counters hold each stage of the export in seconds.
+//   - Ingest of a 1 GB file (one read that hashes and copies) against CpAlone, "cp" of that file;
+//   - ThreeHourExportMemory, the normalised MP3 export of the same episode three times as long, for
+//     its peak resident memory (run it alone: the peak is the process's).
+// The counters hold each stage of the export in seconds, and the peak resident memory of this
+// process and of the largest tool it ran.
 //
 // qxLog writes every line to standard output: run with stdout to /dev/null and the report in a
 // file, e.g. ExportBench >/dev/null --benchmark_out=export.txt --benchmark_out_format=console
@@ -30,6 +33,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -54,7 +58,7 @@ struct Episode {
 
     QString path(const QString& name) const { return dir.path() + "/" + name; }
 
-    Episode() {
+    explicit Episode(int speechItems = kSpeechItems) {
         AEIngest::workFolder = dir.path() + "/";
         AEIngest ingest(dir.path() + "/AssetIngests");
         const QString sox = "/usr/bin/sox";
@@ -87,7 +91,7 @@ struct Episode {
         std::vector<std::shared_ptr<AEAsset>> voices;
         for (const QString& file : speech)
             voices.push_back(fileAsset(file, AEAssetType::speech));
-        for (int i = 0; i < kSpeechItems; ++i)
+        for (int i = 0; i < speechItems; ++i)
             timeline->appendItemInMainLane(voices[static_cast<size_t>(i % 4)], std::nullopt, false);
         const double end = timeline->getMainLaneOutTime();
         for (int i = 0; i < 2; ++i) {
@@ -108,6 +112,14 @@ struct Episode {
 Episode& episode() {
     static Episode e;
     return e;
+}
+
+void setMemoryCounters(benchmark::State& state) {
+    rusage self{}, tools{};
+    getrusage(RUSAGE_SELF, &self);
+    getrusage(RUSAGE_CHILDREN, &tools);
+    state.counters["peak_rss_MB"] = static_cast<double>(self.ru_maxrss) / 1024.0;
+    state.counters["tool_peak_rss_MB"] = static_cast<double>(tools.ru_maxrss) / 1024.0;
 }
 
 void setStageCounters(benchmark::State& state, const SoXer& soxer) {
@@ -132,6 +144,7 @@ void exportTo(benchmark::State& state, const QString& name) {
         if (!done) state.SkipWithError("no result");
         setStageCounters(state, *soxer);
     }
+    setMemoryCounters(state);
     state.counters["episode_s"] = aUt_getAudioDuration(e.path(name));
 }
 
@@ -145,8 +158,7 @@ void Mp3Export(benchmark::State& state) {
 
 void timeTool(benchmark::State& state, const QString& program, const QStringList& arguments);
 
-void NormalisedMp3Export(benchmark::State& state) {
-    Episode& e = episode();
+void normalisedExport(benchmark::State& state, Episode& e) {
     if (!e.error.isEmpty()) {
         state.SkipWithError(e.error.toStdString().c_str());
         return;
@@ -166,7 +178,18 @@ void NormalisedMp3Export(benchmark::State& state) {
         state.counters["encode_s"] = job->stageTimes.encode;
         state.counters["report_s"] = job->stageTimes.check;
         state.counters["lufs"] = outcome.report.integratedLoudness;
+        state.counters["episode_s"] = outcome.report.duration;
     }
+    setMemoryCounters(state);
+}
+
+void NormalisedMp3Export(benchmark::State& state) {
+    normalisedExport(state, episode());
+}
+
+void ThreeHourExportMemory(benchmark::State& state) {
+    static Episode e(kSpeechItems * 3);
+    normalisedExport(state, e);
 }
 
 // 1 GB of random bytes, so neither side can skip anything.
@@ -246,6 +269,7 @@ BENCHMARK(FFmpegEncodeAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kS
 BENCHMARK(NormalisedMp3Export)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 BENCHMARK(CpAlone)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 BENCHMARK(Ingest)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+BENCHMARK(ThreeHourExportMemory)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
 int main(int argc, char** argv) {
     return runBenchmarks(argc, argv);

@@ -1,8 +1,10 @@
 #include "ui/CustomSaveDialog.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
@@ -29,14 +31,14 @@ CustomSaveDialog::CustomSaveDialog(const QString& title, const QString& name, co
     auto* folderRow = new QHBoxLayout;
     folderRow->addWidget(folderField, 1);
     folderRow->addWidget(browseButton);
-    auto* form = new QFormLayout;
-    form->addRow(tr("Save as:"), nameField);
-    form->addRow(tr("Where:"), folderRow);
-    form->addRow(tr("Format:"), formatPopup);
-    form->addRow(tr("Expected size:"), sizeLabel);
+    form_ = new QFormLayout;
+    form_->addRow(tr("Save as:"), nameField);
+    form_->addRow(tr("Where:"), folderRow);
+    form_->addRow(tr("Format:"), formatPopup);
+    form_->addRow(tr("Expected size:"), sizeLabel);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
     auto* layout = new QVBoxLayout(this);
-    layout->addLayout(form);
+    layout->addLayout(form_);
     layout->addWidget(buttons);
     setMinimumWidth(460);
 
@@ -50,6 +52,58 @@ CustomSaveDialog::CustomSaveDialog(const QString& title, const QString& name, co
     });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     formatChanged(0);
+}
+
+namespace {
+
+QDoubleSpinBox* decibelField(QWidget* parent, double from, double to, const QString& unit) {
+    auto* field = new QDoubleSpinBox(parent);
+    field->setRange(from, to);
+    field->setDecimals(1);
+    field->setSingleStep(0.5);
+    field->setSuffix(" " + unit);
+    return field;
+}
+
+} // namespace
+
+void CustomSaveDialog::offerLoudness(int channels) {
+    if (normaliseBox) return;
+    channels_ = channels;
+    normaliseBox = new QCheckBox(tr("Normalise loudness"), this);
+    targetField = decibelField(this, -40.0, -5.0, "LUFS");
+    ceilingField = decibelField(this, -9.0, 0.0, "dBTP");
+    sideFilesBox = new QCheckBox(tr("Write the report and chapter files beside it"), this);
+    form_->addRow(QString(), normaliseBox);
+    form_->addRow(tr("Target:"), targetField);
+    form_->addRow(tr("True peak at most:"), ceilingField);
+    form_->addRow(QString(), sideFilesBox);
+    connect(normaliseBox, &QCheckBox::toggled, this, [this](bool on) {
+        targetField->setEnabled(on);
+        ceilingField->setEnabled(on);
+    });
+    formatChanged(formatPopup->currentIndex());
+}
+
+void CustomSaveDialog::showLoudness(const LoudnessSettings& settings) {
+    normaliseBox->setChecked(settings.normalise);
+    targetField->setValue(settings.target);
+    ceilingField->setValue(settings.truePeakCeiling);
+    targetField->setEnabled(settings.normalise);
+    ceilingField->setEnabled(settings.normalise);
+}
+
+std::optional<LoudnessSettings> CustomSaveDialog::loudness() const {
+    if (!normaliseBox) return std::nullopt;
+    LoudnessSettings settings;
+    settings.normalise = normaliseBox->isChecked();
+    settings.target = targetField->value();
+    settings.truePeakCeiling = ceilingField->value();
+    return settings;
+}
+
+bool CustomSaveDialog::sideFilesWanted() const {
+    return sideFilesBox && sideFilesBox->isChecked();
 }
 
 void CustomSaveDialog::selectExtension(int index) {
@@ -71,6 +125,7 @@ void CustomSaveDialog::formatChanged(int index) {
         sizeLabel->setText(sizeText((*sizes_)[size_t(index)]));
     else
         sizeLabel->clear();
+    if (normaliseBox) showLoudness(loudness_settings(availableExtensions_[index] == "mp3", channels_));
 }
 
 QString CustomSaveDialog::selectedPath() const {

@@ -1,6 +1,9 @@
 #pragma once
 // A save dialog with a choice of formats, each shown with the size its file is expected to have.
-// Choosing a format swaps the extension of the name. Main thread.
+// Choosing a format swaps the extension of the name. An export can offer the loudness settings, which
+// follow the chosen format. Main thread.
+
+#include "render/Loudness.h"
 
 #include <QDialog>
 #include <QStringList>
@@ -8,7 +11,10 @@
 #include <optional>
 #include <vector>
 
+class QCheckBox;
 class QComboBox;
+class QDoubleSpinBox;
+class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -25,6 +31,18 @@ public:
     void selectExtension(int index);
     static QString sizeText(int64_t bytes);
 
+    // Adds "Normalise loudness" with its target and true-peak ceiling, filled from the stored
+    // settings of each format for `channels`, and the choice of report and chapter files.
+    void offerLoudness(int channels);
+    // What the controls say now; nothing when offerLoudness was not called.
+    std::optional<LoudnessSettings> loudness() const;
+    bool sideFilesWanted() const;
+
+    QCheckBox* normaliseBox = nullptr;
+    QDoubleSpinBox* targetField = nullptr;
+    QDoubleSpinBox* ceilingField = nullptr;
+    QCheckBox* sideFilesBox = nullptr;
+
     QLineEdit* nameField;
     QLineEdit* folderField;
     QComboBox* formatPopup;
@@ -33,7 +51,10 @@ public:
 
 private:
     void formatChanged(int index);
+    void showLoudness(const LoudnessSettings& settings);
 
     QStringList availableExtensions_;
     std::optional<std::vector<int64_t>> sizes_;
+    QFormLayout* form_ = nullptr;
+    int channels_ = 2;
 };

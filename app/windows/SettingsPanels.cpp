@@ -5,6 +5,7 @@
 #include "playback/engine/AudioEngine.h"
 #include "playback/engine/DeviceOutput.h"
 #include "playback/engine/SharedAudioEngine.h"
+#include "render/Loudness.h"
 #include "render/Mp3.h"
 #include "timeline/model/AETimeLineLanesHelper.h"
 #include "ui/IHImages.h"
@@ -13,6 +14,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -32,7 +34,9 @@ QDialogButtonBox* okCancel(QDialog* dialog) {
 const QList<int> Mp3EncodingSettingsVC::kBitrates = {64, 96, 112, 128, 160, 192, 256, 320};
 
 Mp3EncodingSettingsVC::Mp3EncodingSettingsVC(QWidget* parent)
-    : QDialog(parent), channels(new QButtonGroup(this)), bitrate(new QComboBox(this)) {
+    : QDialog(parent), channels(new QButtonGroup(this)), bitrate(new QComboBox(this)),
+      normalise(new QCheckBox(tr("Normalise loudness"), this)), target(new QDoubleSpinBox(this)),
+      ceiling(new QDoubleSpinBox(this)) {
     setObjectName("Mp3EncodingSettingsVC");
     setWindowTitle(tr("MP3 Encoding"));
     const Mp3EncodingSettings current = Mp3::encodingSettings();
@@ -51,15 +55,43 @@ Mp3EncodingSettingsVC::Mp3EncodingSettingsVC(QWidget* parent)
     auto* form = new QFormLayout(this);
     form->addRow(tr("Channels:"), row);
     form->addRow(tr("Bit rate:"), bitrate);
+    target->setRange(-40.0, -5.0);
+    target->setSuffix(" LUFS");
+    ceiling->setRange(-9.0, 0.0);
+    ceiling->setSuffix(" dBTP");
+    for (QDoubleSpinBox* field : {target, ceiling}) {
+        field->setDecimals(1);
+        field->setSingleStep(0.5);
+    }
+    showLoudness();
+    form->addRow(QString(), normalise);
+    form->addRow(tr("Target:"), target);
+    form->addRow(tr("True peak at most:"), ceiling);
     form->addRow(okCancel(this));
+    connect(channels, &QButtonGroup::idClicked, this, [this] { showLoudness(); });
     // Each change goes to the settings at once; OK keeps them.
     const auto store = [this] {
         Mp3::setEncodingSettings({Mp3Channels(channels->checkedId()), bitrate->currentData().toInt()});
     };
     connect(channels, &QButtonGroup::idClicked, this, store);
     connect(bitrate, &QComboBox::currentIndexChanged, this, store);
-    connect(this, &QDialog::accepted, this, [] { Mp3::saveSettings(); });
+    connect(this, &QDialog::accepted, this, [this] {
+        Mp3::saveSettings();
+        loudness_saveSettings(true, channelCount(),
+                              {normalise->isChecked(), target->value(), ceiling->value()});
+    });
     connect(this, &QDialog::rejected, this, [current] { Mp3::setEncodingSettings(current); });
+}
+
+int Mp3EncodingSettingsVC::channelCount() const {
+    return channels->checkedId() == int(Mp3Channels::mono) ? 1 : 2;
+}
+
+void Mp3EncodingSettingsVC::showLoudness() {
+    const LoudnessSettings stored = loudness_settings(true, channelCount());
+    normalise->setChecked(stored.normalise);
+    target->setValue(stored.target);
+    ceiling->setValue(stored.truePeakCeiling);
 }
 
 BasePrefsVC::BasePrefsVC(QWidget* parent)

@@ -6,6 +6,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QDoubleSpinBox;
 class QButtonGroup;
 
 class Mp3EncodingSettingsVC : public QDialog {
@@ -15,6 +16,14 @@ public:
     explicit Mp3EncodingSettingsVC(QWidget* parent = nullptr);
     QButtonGroup* channels;
     QComboBox* bitrate;
+    // The MP3 export's loudness settings for the chosen channels, stored on OK.
+    QCheckBox* normalise;
+    QDoubleSpinBox* target;
+    QDoubleSpinBox* ceiling;
+
+private:
+    int channelCount() const;
+    void showLoudness();
 };
 
 class BasePrefsVC : public QDialog {

@@ -1,14 +1,15 @@
 #include "app/windows/TimelineExport.h"
 
+#include "foundation/Execution.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEShow.h"
 #include "project/model/Globals.h"
-#include "render/ExportDone.h"
+#include "render/EpisodeExport.h"
 #include "render/Mp3.h"
-#include "render/SoXer.h"
+#include "render/tools/ToolFilePaths.h"
 #include "timeline/model/AETimeLine.h"
 #include "ui/CustomSaveDialog.h"
 #include "ui/LoadingWindow.h"
@@ -26,10 +27,8 @@
 
 namespace {
 
-constexpr int kFrequency = 44100;
+constexpr int kFrequency = 44100; // of the sizes foreseen
 constexpr int kBitsPerSample = 16;
-// The share of the bar the lanes take before the encoder starts (SoXer's split).
-constexpr double kLanesShare = 30.0;
 
 std::atomic<bool> exporting{false};
 QPointer<QMessageBox> lastDoneAlert;
@@ -38,15 +37,20 @@ int channelsOf(const std::shared_ptr<AEEpisode>& episode) {
     return episode ? static_cast<int>(episode->nChannels) : 2;
 }
 
-QString phaseFor(double percent, bool mp3) {
-    if (percent < kLanesShare || !mp3) return "Rendering items and lanes...";
-    return "Encoding MP3...";
+QString phaseText(const QString& phase) {
+    if (phase == "Rendering") return "Rendering items and lanes...";
+    if (phase == "Measuring") return "Measuring the loudness...";
+    if (phase == "Normalising") return "Normalising the loudness...";
+    if (phase == "Encoding") return "Encoding MP3...";
+    if (phase == "Tagging") return "Writing tags, picture and chapters...";
+    return "Checking the result...";
 }
 
-void showDone(const QString& path, QWidget* parent) {
+void showDone(const QString& path, const ExportReport& report, QWidget* parent) {
     auto* box =
         new QMessageBox(QMessageBox::Information, "Done",
                         "Successfully Exported " + QFileInfo(path).fileName() + ".", QMessageBox::Ok, parent);
+    box->setInformativeText(report.toText());
     box->setObjectName("exportDoneAlert");
     box->setAttribute(Qt::WA_DeleteOnClose);
     QPushButton* reveal = box->addButton("Show in Folder", QMessageBox::ActionRole);
@@ -100,17 +104,24 @@ void TimelineExport::export_pressed(const std::shared_ptr<AETimeLine>& timeline,
         new CustomSaveDialog("Export", name, folder, {"mp3", "wav"},
                              expectedSizes(timeline->getTimelineOutTime(), channelsOf(episode)), parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->offerLoudness(channelsOf(episode));
     QObject::connect(dialog, &QDialog::accepted, dialog, [dialog, timeline, episode, parent] {
         const QString path = dialog->selectedPath();
         prefs_setValueString("TimelineExport.folder", QFileInfo(path).absolutePath());
-        exportTo(path, timeline, episode, parent);
+        const auto loudness = dialog->loudness();
+        const bool mp3 = QFileInfo(path).suffix().toLower() == "mp3";
+        // What was chosen is what the next export of this format starts with.
+        if (loudness) loudness_saveSettings(mp3, channelsOf(episode), *loudness);
+        exportTo(path, timeline, episode, parent, {},
+                 ExportChoice{loudness.value_or(loudness_settings(mp3, channelsOf(episode))),
+                              dialog->sideFilesWanted()});
     });
     dialog->open();
 }
 
 void TimelineExport::exportTo(const QString& path, const std::shared_ptr<AETimeLine>& timeline,
                               const std::shared_ptr<AEEpisode>& episode, QWidget* parent,
-                              std::function<void(bool)> finished) {
+                              std::function<void(bool)> finished, const std::optional<ExportChoice>& choice) {
     if (!timeline) return;
     if (exporting.exchange(true)) {
         userInteraction()->alert("Export", "An export is already running. Please wait until it ends.");
@@ -123,41 +134,41 @@ void TimelineExport::exportTo(const QString& path, const std::shared_ptr<AETimeL
         return;
     }
     qxLog("TimelineExport " + path);
-    const bool mp3 = QFileInfo(path).suffix().toLower() == "mp3";
-    const QString title = episode ? episode->title : QString();
-    const QString notes = episode ? episode->notes : QString();
-    auto loading = LoadingWindow::make("Export", "Exporting " + QFileInfo(path).fileName(), phaseFor(0, mp3),
-                                       {}, "Zendrel_rolling_v2_", false);
-    const std::weak_ptr<LoadingWindow> weakLoading = loading;
-    auto soxer = SoXer::make(path, kFrequency, channelsOf(episode), kBitsPerSample, timeline, title, notes,
-                             QString(), [weakLoading, mp3](double percent) {
-                                 if (auto window = weakLoading.lock()) {
-                                     window->setDescription(phaseFor(percent, mp3));
-                                     window->setPercentage(percent / 100.0);
-                                 }
-                             });
-    soxer->timeline->getCollectedItems(); // the snapshot's marker list reads them
-    soxer->chapters = exportChapters(soxer->timeline);
-    const QPointer<QWidget> guardedParent(parent);
-    const auto show = zendrelShow;
-    soxer->performAsync(
-        false, [soxer, loading, path, mp3, episode, show, guardedParent, finished](bool done) {
-            // The tags go in on the render thread too; only the alerts come back.
-            const bool rendered = done && QFileInfo::exists(path);
-            bool ok = rendered;
-            if (ok && mp3) {
-                loading->setDescription("Writing tags, picture and chapters...");
-                ok = exportDone(path, soxer->timeline, episode, show); // alerts on its own failure
+    ExportOptions options = EpisodeExport::defaultOptions(path, channelsOf(episode));
+    if (choice) {
+        options.loudness = choice->loudness;
+        if (choice->sideFiles) {
+            const QString base = toolFilePaths::withoutExtension(path);
+            options.reportPath = base + "_report.json";
+            if (QFileInfo(path).suffix().toLower() == "mp3") {
+                options.chaptersJsonPath = base + "_chapters.json";
+                options.podloveChaptersPath = base + "_chapters.xml";
             }
-            loading->setPercentage(1.0);
-            loading->dismiss();
-            XMain::execute([ok, rendered, path, guardedParent, finished] {
-                exporting = false;
-                if (ok)
-                    showDone(path, guardedParent);
-                else if (!rendered)
-                    userInteraction()->alert("Error", "The export to " + path + " failed.");
-                if (finished) finished(ok);
-            });
+        }
+    }
+    auto loading = LoadingWindow::make("Export", "Exporting " + QFileInfo(path).fileName(),
+                                       phaseText("Rendering"), {}, "Zendrel_rolling_v2_", false);
+    const std::weak_ptr<LoadingWindow> weakLoading = loading;
+    auto job = EpisodeExport::make(timeline, episode, zendrelShow, options,
+                                   [weakLoading](const QString& phase, double percent) {
+                                       if (auto window = weakLoading.lock()) {
+                                           window->setDescription(phaseText(phase));
+                                           window->setPercentage(percent / 100.0);
+                                       }
+                                   });
+    const QPointer<QWidget> guardedParent(parent);
+    Queue::execute([job, loading, path, guardedParent, finished] {
+        const ExportOutcome outcome = job->perform();
+        loading->setPercentage(1.0);
+        loading->dismiss();
+        XMain::execute([outcome, path, guardedParent, finished] {
+            exporting = false;
+            if (outcome.done)
+                showDone(path, outcome.report, guardedParent);
+            else
+                userInteraction()->alert("Error",
+                                         "The export to " + path + " failed: " + outcome.error + ".");
+            if (finished) finished(outcome.done);
         });
+    });
 }

@@ -2,10 +2,10 @@
 
 #include "foundation/Execution.h"
 #include "foundation/FileUtils.h"
-#include "foundation/Hallard.h"
 #include "foundation/Interaction.h"
 #include "foundation/Log.h"
 #include "foundation/Prog.h"
+#include "render/tools/GateRebuild.h"
 #include "render/tools/SoxConvert.h"
 #include "render/tools/SoxEdit.h"
 #include "render/tools/ToolArgs.h"
@@ -21,23 +21,6 @@ bool needsDecoding(const QString& path) {
     const QString extension = toolFilePaths::extensionLower(path);
     return extension == "mp3" || extension == "m4a" || extension == "aif" || extension == "aiff";
 }
-
-// Removes the cluster files and their folder however the gate ends.
-class ClusterFolder {
-public:
-    explicit ClusterFolder(const QString& dstFilePath)
-        : path_(QFileInfo(dstFilePath).absolutePath() + "/cluster_temp_" + hallard_getNewId().left(8)) {
-        fu_createFolder(path_);
-    }
-    ~ClusterFolder() { fu_deleteFolder(path_); }
-    ClusterFolder(const ClusterFolder&) = delete;
-    ClusterFolder& operator=(const ClusterFolder&) = delete;
-
-    const QString& path() const { return path_; }
-
-private:
-    QString path_;
-};
 
 void copyOver(const QString& from, const QString& to) {
     fu_deleteFile(to);
@@ -91,34 +74,19 @@ void soxUt_clusterGate(const QString& srcFilePath, const QString& dstFilePath, d
         copyOver(srcFilePath, dstFilePath);
         return;
     }
-    const ClusterFolder folder(dstFilePath);
-    const QString name = QFileInfo(toolFilePaths::withoutExtension(dstFilePath)).fileName();
     const int count = static_cast<int>(clusters.size());
-
-    if (prog) prog->newSubPhase("Creating Clusters...", SubPhaseType::counter, count);
-    QStringList files;
+    std::vector<GateSpan> spans;
     double gap = clusters.front().inPoint;
     for (int i = 0; i < count; ++i) {
         const cluster& c = clusters[static_cast<size_t>(i)];
-        const QString file = folder.path() + "/" + name + "_cl" + QString::number(i + 1) + ".wav";
         // A fade may not reach before the start of the file.
         const double fadeIn = fadeInTime < c.inPoint ? fadeInTime : 0.0;
         if (removePauses) gap = std::min(gap, pauseMaxLength);
-        soxUt_createCluster(srcFilePath, gap, c.inPoint, c.endPoint, fadeIn, fadeOutTime, file,
-                            normalizeEachCluster, 0.0);
-        files << file;
+        spans.push_back({c, gap, fadeIn, fadeOutTime});
         gap = i + 1 < count ? clusters[static_cast<size_t>(i + 1)].inPoint - c.endPoint : 1.0;
-        if (prog) prog->subPhaseSetCounter(i + 1);
     }
-
-    if (prog)
-        prog->newSubPhase("Merging Clusters...", SubPhaseType::fileSize, fu_getFileSize(srcFilePath),
-                          dstFilePath);
-    soxUt_concatenate(files, dstFilePath);
-
-    if (prog) prog->newSubPhase("Cleaning up...", SubPhaseType::counter, count);
-    for (int i = 0; i < count; ++i) {
-        fu_deleteFile(files[i]);
-        if (prog) prog->subPhaseSetCounter(i + 1);
-    }
+    if (prog) prog->newSubPhase("Creating Clusters...", SubPhaseType::counter, count);
+    gateRebuild(clusterSource(srcFilePath), dstFilePath, spans, normalizeEachCluster, [&prog](int done) {
+        if (prog) prog->subPhaseSetCounter(done);
+    });
 }

@@ -1,6 +1,7 @@
 #include "app/cli/CleanCommand.h"
 #include "cleaning/CleaningFixture.h"
 #include "foundation/Prog.h"
+#include "render/tools/ProcessRunner.h"
 
 #include <QTemporaryFile>
 #include <atomic>
@@ -11,6 +12,11 @@ namespace {
 
 class BrightwashBadInput : public CleaningFixture {
 protected:
+    static bool succeeds(const QString& program, const QStringList& arguments) {
+        const ProcessResult r = runProcess({.program = program, .arguments = arguments, .keepOutput = false});
+        return r.finished && r.exitCode == 0;
+    }
+
     // The default chain on `source`: its error, the source unchanged, nothing left behind.
     QString cleanKeepingSource(const QString& source,
                                BrightwashSetting settings = Brightwash::loadSettings()) {
@@ -96,6 +102,46 @@ TEST_F(BrightwashBadInput, CancelStopsTheToolInFlightAndLeavesNothing) {
     EXPECT_EQ(digest(source), before);
     run.reset();
     EXPECT_EQ(leftovers(), QStringList());
+}
+
+TEST_F(BrightwashBadInput, SourceVanishingMidRunStopsCleanly) {
+    const QString source = noise("gone.wav", 20.0, 0.3, kRate);
+    BrightwashSetting settings = Brightwash::loadSettings();
+    settings.doDenoiser = true;
+    auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
+    auto run = Brightwash::make(source, settings, prog, {});
+    std::thread remover([&] {
+        while (!prog->state().phaseTitle.startsWith("Denoise"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        QFile::remove(source);
+    });
+    run->start();
+    remover.join();
+    EXPECT_TRUE(run->error().contains("disappeared")) << run->error().toStdString();
+    EXPECT_FALSE(QFileInfo::exists(run->resultPath()));
+    run.reset();
+    EXPECT_EQ(leftovers(), QStringList());
+}
+
+// The temporaries go beside the source: a small file system holding it fills up at once.
+TEST_F(BrightwashBadInput, FullTemporaryFolder) {
+    const QString full = path("full");
+    QDir().mkpath(full);
+    const QString made = noise("big.wav", 10.0, 0.3, kRate);
+    const QString size = QString::number(QFileInfo(made).size() + 96 * 1024);
+    if (!succeeds("/bin/mount", {"-t", "tmpfs", "-o", "size=" + size, "tmpfs", full}))
+        GTEST_SKIP() << "cannot mount a small tmpfs here (needs root or CAP_SYS_ADMIN)";
+    const QString source = full + "/big.wav";
+    const bool copied = QFile::copy(made, source);
+    const QByteArray before = digest(source);
+    const QString error = copied ? clean(source, Brightwash::loadSettings()) : QString();
+    const QStringList left = QDir(full).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    const QByteArray after = digest(source);
+    succeeds("/bin/umount", {full});
+    ASSERT_TRUE(copied);
+    EXPECT_TRUE(error.contains("full")) << error.toStdString();
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(left, QStringList{"big.wav"});
 }
 
 TEST_F(BrightwashBadInput, ReadOnlyFolder) {

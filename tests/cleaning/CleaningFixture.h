@@ -58,17 +58,12 @@ protected:
         return mix(name, {clean, pinkAt, hum});
     }
 
-    // The level in dBFS (RMS) of the 50 Hz component over the whole file: one DFT bin, the narrowest
-    // band-pass there is.
-    static double humDb(const Decoded& d) {
-        double re = 0, im = 0;
-        for (int64_t n = 0; n < d.frames; ++n) {
-            const double phase = 2.0 * M_PI * 50.0 * double(n) / d.rate;
-            re += d.samples[size_t(n * d.channels)] * std::cos(phase);
-            im -= d.samples[size_t(n * d.channels)] * std::sin(phase);
-        }
-        const double amplitude = 2.0 * std::hypot(re, im) / double(d.frames);
-        return 20.0 * std::log10(amplitude / std::sqrt(2.0));
+    // The level in dBFS (RMS) of the 50 Hz hum: the file through a steep band-pass of 45...55 Hz.
+    double humDb(const QString& file) {
+        const QString band = path("band.wav");
+        run("/usr/bin/sox", {file, "-b", "32", "-e", "float", band, "sinc", "-n", "32767", "45-55"});
+        const Decoded d = decode(band);
+        return d.rmsDb(0, 0, d.seconds());
     }
 
     static double rmsOver(const Decoded& d, const std::vector<SpeechSpan>& where, double inset = 0) {

@@ -186,6 +186,9 @@ public:
                               bool doUndoCallback = true, bool fromSlice = false);
     void removeItemInMainLane(int64_t assetN, bool doUndoCallback = true, bool forceDraw = true,
                               bool cleanupAtEnd = true);
+    // Clips first...last with ripple, as removing each from the last down would, with one repair of
+    // the timeline after all of them. No undo snapshot.
+    void removeItemsInMainLane(int64_t first, int64_t last);
     Item attachItem(const std::shared_ptr<AEAsset>& asset, int64_t lane, double inTime,
                     const std::optional<AETimeRange>& range = std::nullopt, bool isPartial = false,
                     bool doUndoCallback = true);

@@ -108,6 +108,41 @@ void AETimeLine::removeItemInMainLane(int64_t n, bool doUndoCallback, bool force
     setupLanes();
 }
 
+void AETimeLine::removeItemsInMainLane(int64_t first, int64_t last) {
+    if (!virtualScroller || mainLane.empty()) return;
+    first = std::max<int64_t>(first, 0);
+    last = std::min(last, static_cast<int64_t>(mainLane.size()) - 1);
+    if (first > last) return;
+    keepViewport();
+    const double in = simpleRound(mainLane[static_cast<size_t>(first)]->inTime);
+    const double out = simpleRound(mainLane[static_cast<size_t>(last)]->outTime());
+    // Where a playhead inside one of the clips goes: the start of that clip.
+    const double p = getPlayHeadTime();
+    std::optional<double> playhead;
+    for (int64_t n = first; n <= last && !playhead; ++n) {
+        const auto& item = mainLane[static_cast<size_t>(n)];
+        const double c0 = simpleRound(item->inTime), c1 = simpleRound(item->outTime());
+        if (c0 < p && p < c1) playhead = c0;
+    }
+    // Attached items in the removed stretch go, those after it move back by its length: the sum of
+    // what each removal would do.
+    adjustAttachedItems(out, in - out);
+    mainLane.erase(mainLane.begin() + first, mainLane.begin() + last + 1);
+    refillMainLaneInTime();
+    adjustBGM();
+    getRightBound();
+    setInsetViewSize();
+    AETimeLineLanesHelper::cleanLanes(*this);
+    AETimeLineLanesHelper::setBGM(*this);
+    mustDraw = true;
+    idleFast();
+    getCollectedItems();
+    drawActiveCut();
+    if (playhead) setPlayheadTime(*playhead);
+    cleanupShortItems();
+    setupLanes();
+}
+
 void AETimeLine::adjustAttachedItems(double startingFrom, double shiftBy) {
     const double d = simpleRound(shiftBy);
     if (d < 0) {

@@ -128,13 +128,12 @@ void AETimeLine::deleteOrDeactivate(bool deactivate) {
     if (last == -1 || last >= static_cast<int64_t>(mainLane.size()))
         last = static_cast<int64_t>(mainLane.size()) - 1;
     if (mainLane[static_cast<size_t>(last)]->outTime() > o) sliceMainLane(o, false);
-    for (int64_t index = last; index >= a; --index) {
-        if (deactivate) {
+    if (deactivate) {
+        for (int64_t index = last; index >= a; --index)
             if (index < static_cast<int64_t>(mainLane.size()))
                 mainLane[static_cast<size_t>(index)]->active = false;
-        } else {
-            removeItemInMainLane(index, false);
-        }
+    } else {
+        removeItemsInMainLane(a, last);
     }
     if (!deactivate) {
         const double p = getPlayHeadTime();

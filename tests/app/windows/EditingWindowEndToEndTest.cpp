@@ -31,6 +31,7 @@
 #include "ui/CustomSaveDialog.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDropEvent>
@@ -245,9 +246,14 @@ TEST_F(EditingWindowEndToEnd, OpenEditHearExportAndCloseBackToTheList) {
     auto* save = vc()->findChild<CustomSaveDialog*>();
     ASSERT_NE(save, nullptr);
     EXPECT_EQ(save->nameField->text(), "Pilot.mp3");
+    // An MP3 is normalised unless the person says otherwise, and the report says how it came out.
+    ASSERT_NE(save->normaliseBox, nullptr);
+    EXPECT_TRUE(save->normaliseBox->isChecked());
     save->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
     ASSERT_TRUE(testenv::waitUntil([] { return TimelineExport::doneAlert() != nullptr; }, 40000))
         << door->transcript().size();
+    EXPECT_TRUE(TimelineExport::doneAlert()->informativeText().contains("LUFS (target "))
+        << TimelineExport::doneAlert()->informativeText().toStdString();
     TimelineExport::doneAlert()->button(QMessageBox::Ok)->click();
 
     const QString mp3 = out.path() + "/Pilot.mp3";

@@ -117,7 +117,7 @@ TEST_F(SoxUtClusterTest, GateKeepsClustersInPlaceAndSilencesTheRest) {
     EXPECT_NEAR(out.rmsDb(0, 2.15, 2.6), toneRms, 0.05);
 
     const ProgState state = prog->state();
-    EXPECT_EQ(state.subPhaseTitle, "Cleaning up...");
+    EXPECT_EQ(state.subPhaseTitle, "Creating Clusters...");
     EXPECT_EQ(state.subNPhases, 3);
     EXPECT_EQ(state.subPhaseCounter, 3);
     EXPECT_EQ(leftovers({"src.wav", "gated.wav"}), QStringList());
