@@ -3,9 +3,11 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QHBoxLayout>
 #include <QMimeData>
 #include <QPainter>
 #include <QUrl>
+#include <QVBoxLayout>
 
 namespace {
 QStringList imagePaths(const QMimeData* mime) {
@@ -75,4 +77,17 @@ void DragImageAreaView::paintEvent(QPaintEvent* event) {
         tint.setAlphaF(0.25);
         painter.fillRect(inner, tint);
     }
+}
+
+QHBoxLayout* imageBesideFields(DragImageAreaView* area, QWidget* caption, QWidget* choose, QLayout* fields) {
+    auto* imageColumn = new QVBoxLayout;
+    imageColumn->addWidget(area, 0, Qt::AlignHCenter);
+    imageColumn->addWidget(caption);
+    imageColumn->addWidget(choose);
+    imageColumn->addStretch();
+    auto* row = new QHBoxLayout;
+    row->addLayout(imageColumn);
+    row->addSpacing(12);
+    row->addLayout(fields, 1);
+    return row;
 }

@@ -7,6 +7,9 @@
 #include <QStringList>
 #include <functional>
 
+class QHBoxLayout;
+class QLayout;
+
 class DragImageAreaView : public QFrame {
 public:
     explicit DragImageAreaView(QWidget* parent = nullptr);
@@ -28,3 +31,7 @@ private:
     QImage image_;
     bool hovering_ = false;
 };
+
+// The artwork panels' layout: the image area, its caption and its choose button in a column to the
+// left of `fields`.
+QHBoxLayout* imageBesideFields(DragImageAreaView* area, QWidget* caption, QWidget* choose, QLayout* fields);

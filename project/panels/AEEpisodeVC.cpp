@@ -61,15 +61,7 @@ AEEpisodeVC::AEEpisodeVC(std::shared_ptr<AEEpisode> episodeToEdit, QWidget* pare
     form->addRow(tr("Created"), created);
     form->addRow(tr("Modified"), modified);
 
-    auto* imageColumn = new QVBoxLayout;
-    imageColumn->addWidget(image, 0, Qt::AlignHCenter);
-    imageColumn->addWidget(dragImageLabel);
-    imageColumn->addWidget(choose);
-    imageColumn->addStretch();
-    auto* top = new QHBoxLayout;
-    top->addLayout(imageColumn);
-    top->addSpacing(12);
-    top->addLayout(form, 1);
+    auto* top = imageBesideFields(image, dragImageLabel, choose, form);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     okButton = buttons->button(QDialogButtonBox::Ok);

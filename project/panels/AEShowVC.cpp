@@ -45,15 +45,7 @@ AEShowVC::AEShowVC(std::shared_ptr<AEShow> showToEdit, QWidget* parent)
     form->addRow(tr("Episodes"), nEpisodes);
     form->addRow(tr("Average length"), averageLength);
     form->addRow(tr("Total length"), totalLength);
-    auto* imageColumn = new QVBoxLayout;
-    imageColumn->addWidget(imageArea, 0, Qt::AlignHCenter);
-    imageColumn->addWidget(imageLabel);
-    imageColumn->addWidget(choose);
-    imageColumn->addStretch();
-    auto* top = new QHBoxLayout;
-    top->addLayout(imageColumn);
-    top->addSpacing(12);
-    top->addLayout(form, 1);
+    auto* top = imageBesideFields(imageArea, imageLabel, choose, form);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     okButton = buttons->button(QDialogButtonBox::Ok);
     okButton->setDefault(true);

@@ -40,16 +40,7 @@ NewEpisodeViewController::NewEpisodeViewController(QWidget* parent)
     form->addRow(tr("Title"), title_);
     form->addRow(tr("Description"), description_);
 
-    auto* imageColumn = new QVBoxLayout;
-    imageColumn->addWidget(dragArea_, 0, Qt::AlignHCenter);
-    imageColumn->addWidget(dragLabel_);
-    imageColumn->addWidget(choose_);
-    imageColumn->addStretch();
-
-    auto* top = new QHBoxLayout;
-    top->addLayout(imageColumn);
-    top->addSpacing(12);
-    top->addLayout(form, 1);
+    auto* top = imageBesideFields(dragArea_, dragLabel_, choose_, form);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     ok_ = buttons->button(QDialogButtonBox::Ok);
