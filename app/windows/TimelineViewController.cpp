@@ -619,7 +619,10 @@ void TimelineViewController::openAssetInspector(bool common, int row) {
     if (!asset) return;
     auto* panel = new AEAssetVC(asset, this);
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    if (!common) panel->onClean = [this, row] { cleanAsset(row); };
+    if (!common) {
+        panel->onClean = [this, row] { cleanAsset(row); };
+        panel->onUhmAnalysis = [this, row] { probableUhm(row); };
+    }
     panel->assetInspectorVCDone = [this, common](const std::shared_ptr<AEAsset>& edited, const QString&,
                                                  AEAssetType) {
         AEAssetDB::saveAsset(edited);

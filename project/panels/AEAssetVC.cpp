@@ -103,6 +103,10 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
     connect(cleanButton, &QPushButton::clicked, this, [this] {
         if (onClean) onClean();
     });
+    uhmButton = buttons->addButton(tr("Probable Uhm…"), QDialogButtonBox::ActionRole);
+    connect(uhmButton, &QPushButton::clicked, this, [this] {
+        if (onUhmAnalysis) onUhmAnalysis();
+    });
     connect(buttons, &QDialogButtonBox::accepted, this, &AEAssetVC::ok_pressed);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     fill();
@@ -111,6 +115,7 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
 void AEAssetVC::showEvent(QShowEvent* event) {
     // Known only once the owner has had its say, after the constructor.
     cleanButton->setVisible(static_cast<bool>(onClean));
+    uhmButton->setVisible(static_cast<bool>(onUhmAnalysis));
     QDialog::showEvent(event);
 }
 

@@ -27,8 +27,10 @@ public:
 
     std::function<void(const std::shared_ptr<AEAsset>&, const QString& name, AEAssetType type)>
         assetInspectorVCDone;
-    // Set before show() by a window that can clean this asset: the inspector offers "Clean…".
+    // Set before show() by a window that can clean this asset or look for its hesitations: the
+    // inspector offers "Clean…" and "Probable Uhm…".
     std::function<void()> onClean;
+    std::function<void()> onUhmAnalysis;
 
     void typePressed(AEAssetType type);
     void volumeGainSlider_modified(int tenthsOfDb);
@@ -55,6 +57,7 @@ public:
     QPushButton* bgmSettingsButton;
     QPushButton* relinkButton;
     QPushButton* cleanButton;
+    QPushButton* uhmButton;
     QPushButton* okButton;
     AEAssetType assetType;
     double volumeGain;
