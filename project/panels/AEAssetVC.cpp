@@ -179,7 +179,6 @@ void AEAssetVC::openBGMSettings() {
                     : std::make_shared<AEBGMSettings>();
     bgmPanel_ = new AEBGMSettingsVC(copy, this, this);
     bgmPanel_->setAttribute(Qt::WA_DeleteOnClose);
-    connect(bgmPanel_, &QObject::destroyed, this, [this] { bgmPanel_ = nullptr; });
     bgmPanel_->open();
 }
 

@@ -8,6 +8,7 @@
 #include "ui/ducking/AEBGMSettingsVC.h"
 
 #include <QDialog>
+#include <QPointer>
 #include <functional>
 #include <memory>
 
@@ -72,5 +73,6 @@ private:
     void fill();
     void prepareBGMPopUp();
     void openBGMSettings();
-    AEBGMSettingsVC* bgmPanel_ = nullptr;
+    // Nulled by Qt when the panel goes, also while this inspector is being destroyed.
+    QPointer<AEBGMSettingsVC> bgmPanel_;
 };
