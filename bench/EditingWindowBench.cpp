@@ -8,6 +8,7 @@
 // playing (through the null output), as a share of one core over 10 s, against the list idling.
 // Under a virtual display the paints are the real ones:
 //   xvfb-run -a -s "-screen 0 1600x1000x24" env QT_QPA_PLATFORM=xcb build/bench/EditingWindowBench
+#include "BenchTimeline.h"
 #include "app/core/AS.h"
 #include "app/windows/AppDelegate.h"
 #include "app/windows/AppWindow.h"
@@ -46,10 +47,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr int kMainItems = 500;
-constexpr int kAttached = 100;
-constexpr double kLength = 7200.0;
 
 std::shared_ptr<AppDelegate> delegate;
 QString timelinePath;
@@ -110,30 +107,7 @@ void makeWorkingFolder() {
     }
     episode->assetsLoaded = true;
 
-    auto tl = AETimeLine::make(episode->id);
-    const double clip = kLength / kMainItems;
-    for (int n = 0; n < kMainItems; ++n) {
-        if (n % 25 == 12) {
-            tl->appendItemInMainLane(jingle, AETimeRange(0, std::min(8.0, clip)), false);
-            continue;
-        }
-        const auto& s = speech[static_cast<size_t>(n) % speech.size()];
-        const double from = std::fmod(n * 37.0, 900.0 - clip);
-        auto item = tl->appendItemInMainLane(s, AETimeRange(from, simpleRound(from + clip)), false);
-        if (n % 5 == 0) {
-            for (int k = 1; k <= 4; ++k)
-                item->volumeKFs->setKeyframe(simpleRound(from + clip * k / 5.0), -3.0 * k);
-            item->updateGlobalKFs();
-        }
-    }
-    const double step = (kLength - 200) / (kAttached / 4);
-    for (int n = 0; n < kAttached / 4; ++n) {
-        const double t = simpleRound(10.0 + n * step);
-        tl->attachItem(effect, 1, t, std::nullopt, false, false);
-        tl->attachItem(effect, 1, t + 1, std::nullopt, false, false);
-        tl->attachItem(bed, -1, t, std::nullopt, false, false);
-        tl->attachItem(bed, -1, t + 30, std::nullopt, false, false);
-    }
+    auto tl = benchtl::twoHourTimeline(episode->id, {speech, jingle, bed, effect, 900});
     tl->stopTimers();
     tl->save(episode->timelineDataPath);
     timelinePath = episode->timelineDataPath;

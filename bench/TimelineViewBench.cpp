@@ -9,6 +9,7 @@
 // clock of a shared machine says little. Run with stdout to /dev/null: TimelineViewBench >/dev/null
 // --benchmark_out=view.txt
 // --benchmark_out_format=console
+#include "BenchTimeline.h"
 #include "app/core/AEPreferences.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AESubsamples.h"
@@ -31,9 +32,7 @@
 
 namespace {
 
-constexpr int kMainItems = 500;
-constexpr int kAttached = 100;
-constexpr double kLength = 7200.0;
+using benchtl::kLength;
 const QSize kSize(1920, 600);
 
 std::shared_ptr<AEAsset> asset(const QString& name, AEAssetType type, double duration) {
@@ -62,31 +61,7 @@ std::shared_ptr<AETimeLine> episode() {
     const auto jingle = asset("jingle", AEAssetType::jingle, 8);
     const auto bed = asset("bed", AEAssetType::music, 60);
     const auto effect = asset("effect", AEAssetType::effect, 4);
-    auto tl = AETimeLine::make("bench");
-    const double clip = kLength / kMainItems;
-    for (int n = 0; n < kMainItems; ++n) {
-        if (n % 25 == 12) {
-            tl->appendItemInMainLane(jingle, AETimeRange(0, std::min(8.0, clip)), false);
-            continue;
-        }
-        const auto& s = speech[static_cast<size_t>(n) % speech.size()];
-        const double from = std::fmod(n * 37.0, 1800.0 - clip);
-        auto item = tl->appendItemInMainLane(s, AETimeRange(from, simpleRound(from + clip)), false);
-        if (n % 5 == 0) {
-            for (int k = 1; k <= 4; ++k)
-                item->volumeKFs->setKeyframe(simpleRound(from + clip * k / 5.0), -3.0 * k);
-            item->updateGlobalKFs();
-        }
-    }
-    // Overlapping pairs, so the attached items fill two lanes above and two below.
-    const double step = (kLength - 200) / (kAttached / 4);
-    for (int n = 0; n < kAttached / 4; ++n) {
-        const double t = simpleRound(10.0 + n * step);
-        tl->attachItem(effect, 1, t, std::nullopt, false, false);
-        tl->attachItem(effect, 1, t + 1, std::nullopt, false, false);
-        tl->attachItem(bed, -1, t, std::nullopt, false, false);
-        tl->attachItem(bed, -1, t + 30, std::nullopt, false, false);
-    }
+    auto tl = benchtl::twoHourTimeline("bench", {speech, jingle, bed, effect, 1800});
     tl->setView(kSize.width(), kSize.height(), QPointF(0, 0));
     AETimeLineLanesHelper::setBGM(*tl, TimelinePainter::lanesHeightFor(kSize.height()));
     tl->setInsetViewSize();
