@@ -4,30 +4,11 @@
 #include "project/model/AEAssetDB.h"
 #include "project/model/AEIngest.h"
 #include "render/DeliveryFixture.h"
+#include "support/HeadlessCommand.h"
 #include "support/TestEnvironment.h"
 
-namespace {
-
-struct CommandRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-CommandRun zendrel(const QStringList& arguments) {
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-        env.remove(name);
-    process.setProcessEnvironment(env);
-    process.start(ZENDREL_BINARY, arguments);
-    EXPECT_TRUE(process.waitForFinished(180000));
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
-
-} // namespace
+using testenv::CommandRun;
+using testenv::zendrel;
 
 // The store's folder is the working folder: the child process finds the assets where this one saved them.
 class ExportCommandTest : public DeliveryFixture {

@@ -11,30 +11,17 @@
 #include "render/tools/FlatZip.h"
 #include "render/tools/ToolArgs.h"
 #include "render/tools/ToolFixture.h"
+#include "support/HeadlessCommand.h"
 #include "support/TestEnvironment.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/model/TimelineFixture.h"
 
 #include <QDirIterator>
 
+using testenv::CommandRun;
+using testenv::zendrel;
+
 namespace {
-
-struct CommandRun {
-    int status = -1;
-    QString err;
-};
-
-CommandRun zendrel(const QStringList& arguments) {
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-        env.remove(name);
-    process.setProcessEnvironment(env);
-    process.start(ZENDREL_BINARY, arguments);
-    EXPECT_TRUE(process.waitForFinished(180000));
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardError())};
-}
 
 QStringList entriesOf(const QString& zip) {
     QProcess process;
