@@ -169,11 +169,16 @@ void keepDamagedTimelineAside(const QString& path) {
     else
         qxLog("AEEpisode: the unreadable timeline " + path + " could not be set aside");
 }
+
+std::shared_ptr<AETimeLine> loadOrSetAside(const QString& path) {
+    auto loaded = AETimeLine::load(path);
+    if (!loaded) keepDamagedTimelineAside(path);
+    return loaded;
+}
 } // namespace
 
 void AEEpisode::loadTimeline() {
-    auto loaded = AETimeLine::load(timelineDataPath);
-    if (!loaded) keepDamagedTimelineAside(timelineDataPath);
+    auto loaded = loadOrSetAside(timelineDataPath);
     timeline = loaded ? loaded : AETimeLine::make(id);
 }
 
@@ -182,8 +187,7 @@ void AEEpisode::loadTimelineAsync(std::function<void()> callback) {
     const QString fallbackId = id;
     std::weak_ptr<AEEpisode> weak = weak_from_this();
     Queue::execute([weak, path, fallbackId, callback] {
-        auto loaded = AETimeLine::load(path);
-        if (!loaded) keepDamagedTimelineAside(path);
+        auto loaded = loadOrSetAside(path);
         XMain::execute(
             [weak, loaded, fallbackId, callback] {
                 if (loaded) {
