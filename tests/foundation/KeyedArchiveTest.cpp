@@ -35,7 +35,7 @@ public:
         n->time = c.decodeDouble("time").value_or(-1);
         n->gain = c.decodeFloat("gain").value_or(-1);
         n->on = c.decodeBool("on").value_or(false);
-        n->when = c.decodeDate("when").value_or(QDateTime());
+        n->when = c.decodeDate("when").value_or(QDateTime::fromMSecsSinceEpoch(0));
         n->tags = c.decodeStringArray("tags").value_or(QStringList{"absent"});
         n->left = c.decodeObject<Note>("left");
         n->right = c.decodeObject<Note>("right");
@@ -128,11 +128,12 @@ TEST(KeyedArchive, TemporariesWrittenForDifferentKeysStayDifferentObjects) {
 }
 
 TEST(KeyedArchive, KindsAreStrictKeyByKey) {
-    // "count" holds a string and "time" an integer: each read falls back, the others still work. A
-    // reference back to the object being decoded is a cycle, not an endless descent.
+    // "count" holds a string, "time" an integer and "when" no date: each read falls back, the others still
+    // work. A reference back to the object being decoded is a cycle, not an endless descent.
     const QByteArray data = R"({"format":"zendrel-keyed-archive","version":1,"root":0,"objects":[
         {"class":"TestNote","keys":{"text":{"string":"t"},"count":{"int":"7"},"time":{"int":3},
-         "on":{"bool":true},"tags":{"array":[{"string":"x"},{"int":1}]},"left":{"object":0}}}]})";
+         "on":{"bool":true},"tags":{"array":[{"string":"x"},{"int":1}]},"left":{"object":0},
+         "when":{"date":"yesterday"}}}]})";
     const auto back = decodeNote(data);
     ASSERT_TRUE(back);
     EXPECT_FALSE(back->left);
@@ -140,6 +141,7 @@ TEST(KeyedArchive, KindsAreStrictKeyByKey) {
     EXPECT_EQ(back->time, -1);
     EXPECT_TRUE(back->on);
     EXPECT_EQ(back->tags, QStringList{"absent"});
+    EXPECT_EQ(back->when, QDateTime::fromMSecsSinceEpoch(0)) << "a date that cannot be read is no date";
 }
 
 TEST(KeyedArchive, DamagedOrForeignDataDecodesToNothing) {

@@ -403,22 +403,11 @@ TEST_F(AETimeLineArchive, AFileThatIsNoUsableTimelineArchiveGivesNothing) {
         EXPECT_FALSE(AETimeLine::load(file));
     }
 
-    QFile garbage(path("garbage"));
-    ASSERT_TRUE(garbage.open(QIODevice::WriteOnly));
-    garbage.write("RIFF....WAVEfmt and then no JSON at all");
-    garbage.close();
-    EXPECT_FALSE(AETimeLine::load(garbage.fileName()));
+    // Unreadable archives are the archive's own tests; here, a missing file and a root of another class.
     EXPECT_FALSE(AETimeLine::load(path("absent")));
-    // A valid archive whose root is another class.
     const QString marker = path("marker");
     ASSERT_TRUE(KeyedArchiver::archiveRootObject(std::make_shared<AEMarker>(1.0), marker));
     EXPECT_FALSE(AETimeLine::load(marker));
-    // Cut short in the middle of the JSON.
-    QFile cut(threeClips("truncated"));
-    ASSERT_TRUE(cut.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(cut.resize(cut.size() / 2));
-    cut.close();
-    EXPECT_FALSE(AETimeLine::load(cut.fileName()));
 }
 
 TEST_F(AETimeLineArchive, ALaneNumberNoLayoutCouldReachRejectsTheItem) {
@@ -509,7 +498,7 @@ TEST_F(AETimeLineDamage, AnItemListedTwiceGetsACopyForItsSecondPlace) {
     expectInvariants(*back);
 }
 
-TEST_F(AETimeLineDamage, AnAttachedItemWithoutALaneIsPlacedByTheLaneRules) {
+TEST_F(AETimeLineDamage, AnItemWithoutALaneOrOnTheWrongOneIsPlacedByTheLaneRules) {
     const QString file = threeClips("noLane");
     const auto music = tlfixture::music("arch.noLane.bgm", 60);
     AEAssetDB::saveAsset(music);
@@ -521,6 +510,9 @@ TEST_F(AETimeLineDamage, AnAttachedItemWithoutALaneIsPlacedByTheLaneRules) {
     }
     editItem(file, "a1", [](QJsonObject& k) { k.remove("lane"); });
     editItem(file, "bed", [](QJsonObject& k) { k["lane"] = QJsonObject{{"int", 0}}; });
+    editItem(file, "m1", [](QJsonObject& k) {
+        k["lane"] = QJsonObject{{"int", 2}};
+    }); // put back by the invariants
     loadTwice(file, [](AETimeLine& tl) {
         ASSERT_EQ(idsOf(tl.attachedItems), QStringList({"a1", "bed"}));
         EXPECT_EQ(tl.attachedItems[0]->lane, 1) << "effects above the main lane";

@@ -207,6 +207,8 @@ TEST_F(AETimeLineTransportTest, ASpeedChangeKeepsThePitchAndThePlaceAndAPauseRes
     tl->pause();
     EXPECT_EQ(tl->playSpeedRate, 1.0);
     EXPECT_EQ(item->playSpeedRate, 1.0);
+    tl->setSpeedRate(0);
+    EXPECT_EQ(tl->playSpeedRate, 1.0) << "a standstill is no speed";
 }
 
 TEST_F(AETimeLineTransportTest, PlayPauseStartsFromTheEphemeralPlayheadWhenItShows) {
