@@ -454,7 +454,7 @@ QJsonObject refTo(const QJsonArray& objects, const QString& itemId) {
 } // namespace
 
 // Damaged files load whole and valid, and what they load survives the next save and load unchanged.
-class AETimeLineDamage : public AETimeLineArchive {
+class AETimeLineArchiveRepair : public AETimeLineArchive {
 protected:
     // Loads, checks, saves, loads again and checks the same; returns the second load.
     std::shared_ptr<AETimeLine> loadTwice(const QString& file,
@@ -475,7 +475,7 @@ protected:
     }
 };
 
-TEST_F(AETimeLineDamage, AnItemListedTwiceGetsACopyForItsSecondPlace) {
+TEST_F(AETimeLineArchiveRepair, AnItemListedTwiceGetsACopyForItsSecondPlace) {
     const QString file = threeClips("twice");
     editObjects(file, [](QJsonArray& objects) {
         setRootList(objects, "mainLane",
@@ -498,7 +498,7 @@ TEST_F(AETimeLineDamage, AnItemListedTwiceGetsACopyForItsSecondPlace) {
     expectInvariants(*back);
 }
 
-TEST_F(AETimeLineDamage, AnItemWithoutALaneOrOnTheWrongOneIsPlacedByTheLaneRules) {
+TEST_F(AETimeLineArchiveRepair, AnItemWithoutALaneOrOnTheWrongOneIsPlacedByTheLaneRules) {
     const QString file = threeClips("noLane");
     const auto music = tlfixture::music("arch.noLane.bgm", 60);
     AEAssetDB::saveAsset(music);
@@ -520,7 +520,7 @@ TEST_F(AETimeLineDamage, AnItemWithoutALaneOrOnTheWrongOneIsPlacedByTheLaneRules
     });
 }
 
-TEST_F(AETimeLineDamage, MusicLeftBeyondTheMainLaneIsDroppedWithALogLine) {
+TEST_F(AETimeLineArchiveRepair, MusicLeftBeyondTheMainLaneIsDroppedWithALogLine) {
     const QString file = threeClips("bgmBeyond");
     {
         auto tl = AETimeLine::load(file);
@@ -540,7 +540,7 @@ TEST_F(AETimeLineDamage, MusicLeftBeyondTheMainLaneIsDroppedWithALogLine) {
     EXPECT_EQ(loggedCount("AETimeLine.decode: music bed ends before it starts; left out"), 1);
 }
 
-TEST_F(AETimeLineDamage, AFileThatStillBreaksTheRulesIsRefusedWithAMessage) {
+TEST_F(AETimeLineArchiveRepair, AFileThatStillBreaksTheRulesIsRefusedWithAMessage) {
     const QString file = threeClips("overlapSameId");
     // Two objects with one id on one lane: the lane rules cannot tell them apart, so cannot part them.
     editObjects(file, [](QJsonArray& objects) {
