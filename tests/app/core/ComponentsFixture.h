@@ -6,6 +6,7 @@
 #include "app/core/Boot.h"
 #include "app/core/ProcessExit.h"
 #include "foundation/Prefs.h"
+#include "support/EventWait.h"
 #include "support/ScriptedSession.h"
 
 #include <QProcess>
@@ -13,6 +14,8 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
+
+using testenv::waitUntil;
 
 class ComponentsFixture : public ::testing::Test, protected ScriptedSession {
 protected:

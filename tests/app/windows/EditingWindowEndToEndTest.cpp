@@ -4,28 +4,17 @@
 // to the list with the timeline and the modified date on disk.
 
 #include "WindowSession.h"
-#include "app/windows/AppDelegate.h"
-#include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
 #include "app/windows/MarkerInspectorVC.h"
 #include "app/windows/TimelineExport.h"
-#include "app/windows/TimelineViewController.h"
-#include "foundation/Interaction.h"
-#include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
-#include "project/model/Globals.h"
-#include "project/panels/EpisodeListModel.h"
-#include "project/panels/MainViewController.h"
-#include "support/EventWait.h"
-#include "support/TestEnvironment.h"
-#include "timeline/model/AEDrag.h"
+#include "support/TestAudio.h"
 #include "timeline/model/AEDucking.h"
 #include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeList.h"
-#include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/view/TimelineWidget.h"
 #include "ui/CustomSaveDialog.h"
@@ -40,28 +29,17 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
-#include <QListView>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QProcess>
 #include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
 #include <QUrl>
-#include <gtest/gtest.h>
 
 namespace {
 
-void sox(const QStringList& args) {
-    QProcess p;
-    p.start("/usr/bin/sox", args);
-    ASSERT_TRUE(p.waitForFinished(30000));
-}
-
 QString tone(const QString& path, double seconds, int hz) {
-    sox({"-n", "-r", "44100", "-c", "2", "-b", "16", path, "synth", QString::number(seconds), "sine",
-         QString::number(hz), "vol", "0.3"});
+    TestAudio::run("/usr/bin/sox", {"-n", "-r", "44100", "-c", "2", "-b", "16", path, "synth",
+                                    QString::number(seconds), "sine", QString::number(hz), "vol", "0.3"});
     return path;
 }
 
