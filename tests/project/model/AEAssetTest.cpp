@@ -16,10 +16,7 @@
 #include "support/TestAudio.h"
 #include "support/TestEnvironment.h"
 
-#include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

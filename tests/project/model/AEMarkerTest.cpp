@@ -2,8 +2,6 @@
 
 #include "support/ArchiveEdit.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <gtest/gtest.h>
 
