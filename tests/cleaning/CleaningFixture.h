@@ -61,26 +61,11 @@ protected:
     // A held, vowel-like sound (a buzz through a low-pass), as a hesitation sounds.
     QString heldSound(const QString& name, double seconds) {
         const QString out = path(name);
-        run("/usr/bin/sox", {"-n",
-                             "-r",
-                             QString::number(kRate),
-                             "-c",
-                             "1",
-                             "-b",
-                             "16",
-                             out,
-                             "synth",
-                             QString::number(seconds),
-                             "sawtooth",
-                             "125",
-                             "lowpass",
-                             "900",
-                             "vol",
-                             "0.5",
-                             "fade",
-                             "0.01",
-                             "0",
-                             "0.01"});
+        const QStringList effects{"sawtooth", "125",  "lowpass", "900", "vol",
+                                  "0.5",      "fade", "0.01",    "0",   "0.01"};
+        run("/usr/bin/sox", QStringList{"-n", "-r", QString::number(kRate), "-c", "1", "-b", "16", out,
+                                        "synth", QString::number(seconds)} +
+                                effects);
         return out;
     }
 
