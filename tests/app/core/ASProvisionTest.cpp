@@ -34,7 +34,7 @@ protected:
 };
 
 // No server is configured, so any attempt at the network would end in the no-connection alert.
-TEST_F(ASProvisionTest, InstalledToolsArePresentWithoutPanelOrNetworkAndOnlyTheExtendedListHasTheTagEditor) {
+TEST_F(ASProvisionTest, InstalledToolsArePresentWithoutPanelOrNetworkAndTheTagEditorOnlyInTheExtendedList) {
     bool completed = false;
     Preloads::doBaseZendrelUtils([&] { completed = true; });
     EXPECT_TRUE(completed);
@@ -54,6 +54,7 @@ TEST_F(ASProvisionTest, InstalledToolsArePresentWithoutPanelOrNetworkAndOnlyTheE
         run(AS::getItemInASFolder("kd3.app") + "/Contents/MacOS/kid3-cli", {"--help"}).contains("kid3-cli"));
     EXPECT_TRUE(QFileInfo(AS::getItemInASFolder("Updrel2.app")).isDir());
 
+    // Requested, an installed tool is resolved without a fetch.
     const QString sox = AS::requestResource("sxh", AS::applicationSupportFolder(), "", false, nullptr);
     EXPECT_EQ(sox, AS::getItemInASFolder("sxh"));
     EXPECT_TRUE(run(sox, {"--version"}).contains("SoX"));
@@ -74,14 +75,6 @@ TEST_F(ASProvisionTest, LinkToAnUninstalledToolIsReplacedAndADownloadedOneKept) 
     EXPECT_EQ(QFileInfo(folder + "/sxh").symLinkTarget(), "/usr/bin/sox");
     EXPECT_FALSE(QFileInfo(folder + "/fmh").isSymLink());
     EXPECT_EQ(QFileInfo(folder + "/fmh").size(), 10);
-}
-
-TEST_F(ASProvisionTest, RequestResourceResolvesAnInstalledToolWithoutFetching) {
-    const QString sox = AS::requestResource("sxh", AS::applicationSupportFolder(), "", false, nullptr);
-
-    EXPECT_EQ(sox, AS::getItemInASFolder("sxh"));
-    EXPECT_TRUE(run(sox, {"--version"}).contains("SoX"));
-    EXPECT_EQ(loggedStartingWith("httpDownload: "), 0);
 }
 
 // Without a server, then with one that has gone: the alert, and an exit with status 0.

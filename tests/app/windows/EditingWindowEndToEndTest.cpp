@@ -229,7 +229,7 @@ TEST_F(EditingWindowEndToEnd, OpenEditHearExportAndCloseBackToTheList) {
     const QJsonObject probe = ffprobe(mp3);
     EXPECT_NEAR(probe["format"].toObject()["duration"].toString().toDouble(), tl()->getTimelineOutTime(),
                 0.15);
-    // The episode reaches the export (its tags and pictures are the export's own tests').
+    // The episode reaches the export; its tags and picture are the export tests' concern.
     EXPECT_EQ(probe["format"].toObject()["tags"].toObject()["title"].toString(), "Pilot");
     const QJsonArray chapters = probe["chapters"].toArray();
     ASSERT_EQ(chapters.size(), 2);
