@@ -90,7 +90,7 @@ TEST_F(ASDownloadTest, GrowingSizeReachesTheCallbackOnTheMainThreadUntilTheEnd) 
                          });
         ended = true;
     });
-    ASSERT_TRUE(waitUntil([&] { return ended.load(); }, 20000));
+    ASSERT_TRUE(testenv::waitUntil([&] { return ended.load(); }, 20000));
 
     std::lock_guard lock(mutex);
     ASSERT_GE(ticks.size(), 2u);
@@ -122,7 +122,7 @@ TEST_F(ASDownloadTest, BrokenArchiveGoesUnnoticedAndIsFetchedAgainNextTime) {
     for (int run = 1; run <= 2; ++run) {
         bool completed = false;
         PreloadsVC::preload(list, [&] { completed = true; });
-        ASSERT_TRUE(waitUntil([&] { return completed; }, 20000)) << "run " << run;
+        ASSERT_TRUE(testenv::waitUntil([&] { return completed; }, 20000)) << "run " << run;
         EXPECT_FALSE(QFileInfo::exists(AS::getItemInASFolder("zbroken")));
         EXPECT_FALSE(QFileInfo::exists(AS::getItemInASFolder("zbroken") + ".zip"));
         EXPECT_EQ(loggedStartingWith("Download " + AS::remotePathFor("zbroken")), run);
@@ -144,7 +144,7 @@ TEST_F(ASDownloadTest, BlanksArriveAsPercentTwentyAndAreTurnedBack) {
 TEST_F(ASDownloadTest, PreloadShowsThePanelAndFetchesMissingItemsInOrder) {
     bool completed = false;
     PreloadsVC::preload({AS::itemFor("zgood"), AS::itemFor("zmissing")}, [&] { completed = true; });
-    ASSERT_TRUE(waitUntil([&] { return completed; }, 20000));
+    ASSERT_TRUE(testenv::waitUntil([&] { return completed; }, 20000));
 
     EXPECT_TRUE(PreloadsVC::preloadsDone);
     // The archive is unzipped in place and goes.

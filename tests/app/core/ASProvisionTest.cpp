@@ -83,9 +83,9 @@ TEST_F(ASProvisionTest, LinkToAnUninstalledToolIsReplacedAndADownloadedOneKept) 
 TEST_F(ASProvisionTest, MissingItemWithoutAServerAlertsAndExitsWithZero) {
     bool completed = false;
     PreloadsVC::preload({AS::itemFor("sxh"), AS::itemFor("zelsewhere")}, [&] { completed = true; });
-    ASSERT_TRUE(waitUntil([&] { return exitStatus != -1; }, 20000));
+    ASSERT_TRUE(testenv::waitUntil([&] { return exitStatus != -1; }, 20000));
     EXPECT_EQ(exitStatus, 0);
-    waitUntil([&] { return completed; }, 300);
+    testenv::waitUntil([&] { return completed; }, 300);
     EXPECT_FALSE(completed);
 
     exitStatus = -1;

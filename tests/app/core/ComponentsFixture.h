@@ -15,8 +15,6 @@
 #include <gtest/gtest.h>
 #include <memory>
 
-using testenv::waitUntil;
-
 class ComponentsFixture : public ::testing::Test, protected ScriptedSession {
 protected:
     void SetUp() override {
