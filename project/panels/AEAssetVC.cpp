@@ -107,6 +107,7 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
     connect(relinkButton, &QPushButton::clicked, this, [this] {
         asset->chooseAndRelink();
         fill();
+        placeAsset();
     });
     cleanButton = buttons->addButton(tr("Clean…"), QDialogButtonBox::ActionRole);
     connect(cleanButton, &QPushButton::clicked, this, [this] {

@@ -99,6 +99,8 @@ private:
     void prepareBGMPopUp();
     void openBGMSettings();
     QWidget* makePlayer();
+    // The asset as the one item, from its start to its end (again after a relink).
+    void placeAsset();
     void playerIdle();
     // Pauses, stops the ticks, frees the player and gives the shared lane height back; once.
     void closePlayer();

@@ -1,5 +1,6 @@
 // The inspector's player: the asset alone on a timeline of its own, shown by the timeline widget and
 // played by the timeline's transport, so that it sounds, zooms and scrolls as it does in the episode.
+#include "foundation/Hallard.h"
 #include "foundation/Prefs.h"
 #include "foundation/Timecode.h"
 #include "playback/RPlayer.h"
@@ -40,12 +41,9 @@ QWidget* AEAssetVC::makePlayer() {
     // The lane layout's height is shared by all timelines: the episode's is laid out again on close.
     shownLanesHeight_ = AETimeLineLanesHelper::totalH.load();
     shownTimeline_ = AETimeLineLanesHelper::timeline;
-    assetTimeline = AETimeLine::make("assetInspector." + asset->id);
+    // An id of its own: its ticks are named after it.
+    assetTimeline = AETimeLine::make(hallard_getNewId());
     assetTimeline->timelineEditor = AETimelineEditor::asset;
-    const auto item = assetTimeline->appendItemInMainLane(asset, std::nullopt, false);
-    // Music is drawn and played up to its bgmOutTime, which only the episode's lanes set: here it
-    // is the whole file.
-    item->bgmOutTime = item->outTime();
 
     auto* player = new QWidget(this);
     timelineView = new TimelineWidget(assetTimeline, player);
@@ -77,8 +75,18 @@ QWidget* AEAssetVC::makePlayer() {
     playerTimer_->setInterval(kPlayerTickMs);
     connect(playerTimer_, &QTimer::timeout, this, &AEAssetVC::playerIdle);
     playerTimer_->start();
-    zoomAll_pressed();
+    placeAsset();
     return player;
+}
+
+void AEAssetVC::placeAsset() {
+    assetTimeline->pause();
+    if (!assetTimeline->mainLane.empty()) assetTimeline->removeItemInMainLane(0, false);
+    const auto item = assetTimeline->appendItemInMainLane(asset, std::nullopt, false);
+    // Music is drawn and played up to its bgmOutTime, which only the episode's lanes set: here it
+    // is the whole file.
+    item->bgmOutTime = item->outTime();
+    zoomAll_pressed();
 }
 
 void AEAssetVC::playerIdle() {
