@@ -106,15 +106,6 @@ protected:
 
 } // namespace
 
-TEST_F(DeviceOutputTest, ListsTheOutputsWithTheDefaultFirst) {
-    const auto devices = outputDevices();
-    ASSERT_EQ(devices.size(), 2u);
-    EXPECT_EQ(devices[0].first, PulseNullSink::kSink);
-    EXPECT_EQ(devices[1].first, PulseNullSink::kOtherSink);
-    EXPECT_EQ(devices[0].second, PulseNullSink::kSinkDescription);
-    EXPECT_EQ(devices[1].second, PulseNullSink::kOtherSinkDescription);
-}
-
 TEST_F(DeviceOutputTest, TheDefaultOutputPlaysTheToneAtTheDeviceRate) {
     auto out = openOrFail({}, sine(kHalfScale, kHalfScale));
     ASSERT_TRUE(out);
@@ -154,7 +145,22 @@ TEST_F(DeviceOutputTest, TheSixteenBitPathPlaysTheSameAndClipsOverloads) {
     EXPECT_NEAR(right.fullScaleShare, 1.0 - 2.0 / std::numbers::pi * std::asin(2.0 / 3.0), 0.05);
 }
 
+// The outputs are listed with the default first; a chosen one gets the sound and the default none; an
+// unknown one is refused with a message and never rendered for.
 TEST_F(DeviceOutputTest, AChosenOutputGetsTheSoundAndTheDefaultNone) {
+    const auto devices = outputDevices();
+    ASSERT_EQ(devices.size(), 2u);
+    EXPECT_EQ(devices[0].first, PulseNullSink::kSink);
+    EXPECT_EQ(devices[1].first, PulseNullSink::kOtherSink);
+    EXPECT_EQ(devices[0].second, PulseNullSink::kSinkDescription);
+    EXPECT_EQ(devices[1].second, PulseNullSink::kOtherSinkDescription);
+    std::atomic<int64_t> calls{0};
+    QString error;
+    EXPECT_FALSE(DeviceOutput::open(
+        "no-such-sink", kRate, [&calls](float*, int64_t) { ++calls; }, &error));
+    EXPECT_TRUE(error.contains("no-such-sink")) << error.toStdString();
+    EXPECT_EQ(calls, 0);
+
     auto out = openOrFail(PulseNullSink::kOtherSink, sine(kHalfScale, kHalfScale));
     ASSERT_TRUE(out);
     EXPECT_EQ(out->deviceId(), PulseNullSink::kOtherSink);
@@ -182,16 +188,6 @@ TEST_F(DeviceOutputTest, RenderIsNeverCalledOnceTheOutputIsGone) {
     }
 }
 
-TEST_F(DeviceOutputTest, AnUnknownDeviceIsRefusedWithAMessage) {
-    std::atomic<int64_t> calls{0};
-    QString error;
-    auto out = DeviceOutput::open(
-        "no-such-sink", kRate, [&calls](float*, int64_t) { ++calls; }, &error);
-    EXPECT_FALSE(out);
-    EXPECT_TRUE(error.contains("no-such-sink")) << error.toStdString();
-    EXPECT_EQ(calls, 0);
-}
-
 TEST_F(DeviceOutputTest, ALostServerStopsTheOutputAndANewOutputPlaysOnceItIsBack) {
     auto out = openOrFail({}, sine(kHalfScale, kHalfScale));
     ASSERT_TRUE(out);
@@ -214,10 +210,7 @@ TEST_F(DeviceOutputTest, ALostServerStopsTheOutputAndANewOutputPlaysOnceItIsBack
 
 TEST_F(DeviceOutputTest, ATimelinePlaysThroughTheEngineToTheDevice) {
     TestAudio make;
-    const QString tone = make.run("/usr/bin/sox",
-                                  {"-n", "-r", "44100", "-c", "1", "-b", "16", make.path("tone.wav"), "synth",
-                                   "4", "sine", QString::number(kToneHz), "vol", "0.5012"},
-                                  "tone.wav");
+    const QString tone = make.tone("tone.wav", 4, kToneHz, 44100, 1, 0.5012);
     auto asset = tlfixture::asset("tone", 4.0);
     asset->originalFilePath = tone;
     asset->ingestedFilePath = tone;

@@ -65,15 +65,6 @@ TEST_F(SoxUtFiltersTest, CompressorNarrowsTheDistanceBetweenLevels) {
     EXPECT_NEAR(levelOf(path("qg.wav")), levelOf(path("qc.wav")) - 3.0, 0.3);
 }
 
-TEST_F(SoxUtFiltersTest, EqCompIsEqualizerThenCompressorInOneRun) {
-    const QString src = tone("t.wav", 1.0, 1000.0, 44100, 1, 0.1);
-    const std::vector<BWEqBandSettings> bands{{1000.0, -6.0}};
-    soxUt_equalize(src, path("eq.wav"), bands, 60.0);
-    soxUt_compressor(path("eq.wav"), path("eq-comp.wav"), 3.0, 1.0, 0.01, 0.2);
-    soxUt_eqComp(src, path("both.wav"), 3.0, 1.0, 0.01, 0.2, bands, 60.0);
-    EXPECT_NEAR(levelOf(path("both.wav")), levelOf(path("eq-comp.wav")), 0.2);
-}
-
 TEST_F(SoxUtFiltersTest, StandardEqualizerBands) {
     const std::vector<BWEqBandSettings> bands = soxUt_getStandardEq({1, 2, 3, 4, 5, 6, 7, 8});
     const std::vector<double> frequencies{62.5, 125, 250, 500, 1000, 2000, 4000, 8000};

@@ -19,19 +19,21 @@ const QString stereoStats = "             Overall     Left      Right\n"
                             "RMS Pk dB      -8.98     -8.99     -8.98\n";
 } // namespace
 
-TEST_F(SoxUtLevelsTest, ReadsTheLastColumnOfTheRmsRowWithItsSign) {
-    EXPECT_EQ(soxUt_rmsLevelFromStats(monoStats), -23.41);
-    EXPECT_EQ(soxUt_rmsLevelFromStats(stereoStats), -12.25);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB      3.5\n"), 3.5);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB     -inf\n"), -INFINITY);
-    // Last line without a newline.
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB  -1.25"), -1.25);
-}
-
-TEST_F(SoxUtLevelsTest, FallsBackToMinus12WhenThereIsNoNumber) {
-    EXPECT_EQ(soxUt_rmsLevelFromStats(""), -12.0);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("sox FAIL formats: can't open input file"), -12.0);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB   \nRMS Pk dB  -3.0\n"), -12.0);
+// The last column of the RMS row with its sign; -12 when there is no number, logged when there was
+// something else.
+TEST_F(SoxUtLevelsTest, ReadsTheLastColumnOfTheRmsRowOrFallsBackToMinus12) {
+    const std::pair<QString, double> rows[] = {
+        {monoStats, -23.41},
+        {stereoStats, -12.25},
+        {"RMS lev dB      3.5\n", 3.5},
+        {"RMS lev dB     -inf\n", -INFINITY},
+        {"RMS lev dB  -1.25", -1.25}, // last line without a newline
+        {"", -12.0},
+        {"sox FAIL formats: can't open input file", -12.0},
+        {"RMS lev dB   \nRMS Pk dB  -3.0\n", -12.0},
+    };
+    for (const auto& [stats, level] : rows)
+        EXPECT_EQ(soxUt_rmsLevelFromStats(stats), level) << stats.toStdString();
     EXPECT_TRUE(logged().isEmpty());
     EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB   n/a\n"), -12.0);
     EXPECT_EQ(logged(), QStringList({"soxUt_getRMSLevel: \"n/a\" is not a level; -12 instead"}));
