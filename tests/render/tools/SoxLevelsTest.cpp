@@ -39,8 +39,9 @@ TEST_F(SoxUtLevelsTest, ReadsTheLastColumnOfTheRmsRowOrFallsBackToMinus12) {
     EXPECT_EQ(logged(), QStringList({"soxUt_getRMSLevel: \"n/a\" is not a level; -12 instead"}));
 }
 
-TEST_F(SoxUtLevelsTest, MeasuresRealFiles) {
-    EXPECT_NEAR(soxUt_getRMSLevel(tone("t.wav", 1.0)), 20.0 * std::log10(0.5 / std::sqrt(2.0)), 0.02);
+TEST_F(SoxUtLevelsTest, MeasuresRealFilesAndMp3ThroughATemporaryWav) {
+    const QString t = tone("t.wav", 1.0);
+    EXPECT_NEAR(soxUt_getRMSLevel(t), 20.0 * std::log10(0.5 / std::sqrt(2.0)), 0.02);
     const QString st = channels(
         "st.wav", {tone("l.wav", 1.0, 440.0, 44100, 1, 0.5), tone("r.wav", 1.0, 440.0, 44100, 1, 0.125)});
     EXPECT_NEAR(soxUt_getRMSLevel(st), 20.0 * std::log10(0.125 / std::sqrt(2.0)), 0.02);
@@ -48,10 +49,7 @@ TEST_F(SoxUtLevelsTest, MeasuresRealFiles) {
     run("/usr/bin/sox", {"-n", "-r", "44100", "-c", "1", path("zero.wav"), "trim", "0", "0.5"});
     EXPECT_EQ(soxUt_getRMSLevel(path("zero.wav")), -INFINITY);
     EXPECT_EQ(soxUt_getRMSLevel(path("missing.wav")), -12.0);
-}
-
-TEST_F(SoxUtLevelsTest, Mp3IsMeasuredThroughATemporaryWav) {
-    const QString mp3 = mp3From(tone("t.wav", 1.0), "t.mp3");
+    const QString mp3 = mp3From(t, "t.mp3");
     EXPECT_NEAR(soxUt_getRMSLevel(mp3), 20.0 * std::log10(0.5 / std::sqrt(2.0)), 0.7);
     EXPECT_FALSE(QFileInfo::exists(mp3 + ".wav"));
 }
