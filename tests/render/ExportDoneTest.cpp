@@ -56,7 +56,7 @@ protected:
 TEST_F(ExportDoneTest, TagsPictureAndChaptersSurviveAsID3v23) {
     const QString mp3 = plainMp3("Folge 7.mp3");
     QFile::copy(mp3, path("Folge 7_temp.mp3"));
-    const QString untouched = plainMp3("other.mp3");
+    const QString untouched = plainMp3("other.mp3", 1.0);
     const QByteArray untouchedBytes = bytesOf(untouched);
     episode->imagePath = picture("episode's cover.jpg");
     show->imagePath = picture("show.png", "green");
@@ -88,7 +88,7 @@ TEST_F(ExportDoneTest, TagsPictureAndChaptersSurviveAsID3v23) {
 }
 
 TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
-    const QString mp3 = plainMp3("a.mp3");
+    const QString mp3 = plainMp3("a.mp3", 1.0);
     show->imagePath = picture("show.png", "green");
     ASSERT_TRUE(exportDone(mp3, chapteredTimeline(), episode, show));
     ReadTags read = readTags(mp3);
@@ -96,7 +96,7 @@ TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
     EXPECT_EQ(read.pictures[0].mime, "image/png");
     EXPECT_EQ(read.pictures[0].bytes, bytesOf(show->imagePath));
 
-    const QString bare = plainMp3("b.mp3");
+    const QString bare = plainMp3("b.mp3", 1.0);
     episode->imagePath = path("gone.jpg");
     ASSERT_TRUE(exportDone(bare, chapteredTimeline(), episode, nullptr));
     read = readTags(bare);
