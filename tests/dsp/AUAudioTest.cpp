@@ -22,31 +22,22 @@ float staircase(int64_t i, int channel) {
 
 } // namespace
 
-TEST(AUAudioRead, ExactlyOneSliceReadsInOnePass) {
+// Exactly one slice reads in one pass; one frame more takes a second pass and keeps the order.
+TEST(AUAudioRead, SliceBySliceWithProgressAtEachSlice) {
     TestAudio make;
-    const QString path = make.floatWav("slice.wav", 44100, 2, AUAudio::kSliceFrames, staircase);
-    ProgressLog log;
-    const auto values = AUAudio::readFileIntoFloatArray(path, &log);
-    ASSERT_EQ(values.size(), static_cast<size_t>(AUAudio::kSliceFrames));
-    ASSERT_EQ(log.calls.size(), 1u);
-    EXPECT_EQ(log.calls[0].first, "Progressive Read into Buffer");
-    EXPECT_EQ(log.calls[0].second, 0.0);
-    EXPECT_EQ(values[0], staircase(0, 0));
-    EXPECT_EQ(values[123457], staircase(123457, 0));
-    EXPECT_EQ(values.back(), staircase(AUAudio::kSliceFrames - 1, 0));
-}
-
-TEST(AUAudioRead, OneFrameMoreTakesASecondPassAndKeepsTheOrder) {
-    TestAudio make;
-    const int64_t frames = AUAudio::kSliceFrames + 1;
-    const QString path = make.floatWav("slice1.wav", 44100, 3, frames, staircase);
-    ProgressLog log;
-    const auto values = AUAudio::readFileIntoFloatArray(path, &log);
-    ASSERT_EQ(values.size(), static_cast<size_t>(frames));
-    ASSERT_EQ(log.calls.size(), 2u);
-    EXPECT_DOUBLE_EQ(log.calls[1].second, static_cast<double>(AUAudio::kSliceFrames) / frames);
-    EXPECT_EQ(values[AUAudio::kSliceFrames - 1], staircase(AUAudio::kSliceFrames - 1, 0));
-    EXPECT_EQ(values[AUAudio::kSliceFrames], staircase(AUAudio::kSliceFrames, 0));
+    for (const int64_t frames : {AUAudio::kSliceFrames, AUAudio::kSliceFrames + 1}) {
+        const QString path = make.floatWav(QString::number(frames) + ".wav", 44100, 3, frames, staircase);
+        ProgressLog log;
+        const auto values = AUAudio::readFileIntoFloatArray(path, &log);
+        ASSERT_EQ(values.size(), static_cast<size_t>(frames));
+        ASSERT_EQ(log.calls.size(), frames == AUAudio::kSliceFrames ? 1u : 2u);
+        EXPECT_EQ(log.calls[0], std::make_pair(QString("Progressive Read into Buffer"), 0.0));
+        EXPECT_DOUBLE_EQ(log.calls.back().second, frames == AUAudio::kSliceFrames
+                                                      ? 0.0
+                                                      : static_cast<double>(AUAudio::kSliceFrames) / frames);
+        for (const int64_t i : {int64_t{0}, int64_t{123457}, AUAudio::kSliceFrames - 1, frames - 1})
+            EXPECT_EQ(values[static_cast<size_t>(i)], staircase(i, 0)) << frames << " at " << i;
+    }
 }
 
 TEST(AUAudioRead, OtherChannelsAndMissingOnes) {

@@ -24,7 +24,7 @@ TEST(ProbeJsonFacts, LosslessAndPcmStreamsKeepTheirSampleWidth) {
     const auto pcm = audioFactsFromProbeJson(
         probeJson(
             R"({"codec_type": "audio", "codec_name": "pcm_s16be", "sample_fmt": "s16", "sample_rate": "8000",
-                      "channels": 2, "bits_per_sample": 16})",
+                      "channels": 2, "bits_per_sample": 0})",
             R"({"format_name": "mov,mp4,m4a,3gp,3g2,mj2", "tags": {"major_brand": "qt  "}})"),
         0);
     ASSERT_TRUE(pcm);
@@ -38,7 +38,8 @@ TEST(ProbeJsonFacts, NoAudioStreamIsNoAudio) {
         audioFactsFromProbeJson(probeJson(R"({"codec_type": "video", "codec_name": "png", "width": 48})",
                                           R"({"format_name": "png_pipe"})"),
                                 100));
-    EXPECT_FALSE(audioFactsFromProbeJson(
-        probeJson(R"({"codec_type": "audio", "codec_name": "aac", "sample_rate": "0", "channels": 2})", "{}"),
-        100));
+    for (const char* stream :
+         {R"({"codec_type": "audio", "codec_name": "aac", "sample_rate": "0", "channels": 2})",
+          R"({"codec_type": "audio", "codec_name": "aac", "sample_rate": "8000", "channels": 0})"})
+        EXPECT_FALSE(audioFactsFromProbeJson(probeJson(stream, "{}"), 100)) << stream;
 }

@@ -2,8 +2,8 @@
 // A private sound server whose default input hears the default output, a tone played into that
 // output, and the measures a recorded take is checked by.
 
-#include "dsp/SndFile.h"
 #include "support/PulseServerTest.h"
+#include "support/TestAudio.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,16 +29,10 @@ struct Take {
 };
 
 inline Take readTake(const QString& path) {
-    Take take;
-    SndFile file(path);
-    if (!file.isOpen()) return take;
-    take.rate = file.sampleRate();
-    take.channels = file.channels();
-    take.subFormat = file.subFormat();
-    std::vector<float> all(static_cast<size_t>(file.frames() * file.channels()));
-    const int64_t frames = file.readFrames(all.data(), file.frames());
-    for (int64_t i = 0; i < frames; ++i)
-        take.left.push_back(all[static_cast<size_t>(i * file.channels())]);
+    const Decoded d = TestAudio::decode(path);
+    Take take{d.rate, d.channels, d.subFormat, {}};
+    for (int64_t i = 0; i < d.frames; ++i)
+        take.left.push_back(d.samples[static_cast<size_t>(i * d.channels)]);
     return take;
 }
 

@@ -56,14 +56,16 @@ protected:
 TEST_F(ExportDoneTest, TagsPictureAndChaptersSurviveAsID3v23) {
     const QString mp3 = plainMp3("Folge 7.mp3");
     QFile::copy(mp3, path("Folge 7_temp.mp3"));
-    const QString untouched = plainMp3("other.mp3");
+    const QString untouched = plainMp3("other.mp3", 1.0);
     const QByteArray untouchedBytes = bytesOf(untouched);
     episode->imagePath = picture("episode's cover.jpg");
     show->imagePath = picture("show.png", "green");
+    QStringList files = filesIn(dir.path());
+    files.removeAll("Folge 7_temp.mp3");
 
     ASSERT_TRUE(exportDone(mp3, chapteredTimeline(), episode, show));
     EXPECT_TRUE(transcript().isEmpty());
-    EXPECT_FALSE(QFileInfo::exists(path("Folge 7_temp.mp3")));
+    EXPECT_EQ(filesIn(dir.path()), files) << "no temporary copy or private folder left behind";
     EXPECT_EQ(bytesOf(untouched), untouchedBytes);
 
     const ReadTags read = readTags(mp3);
@@ -86,7 +88,7 @@ TEST_F(ExportDoneTest, TagsPictureAndChaptersSurviveAsID3v23) {
 }
 
 TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
-    const QString mp3 = plainMp3("a.mp3");
+    const QString mp3 = plainMp3("a.mp3", 1.0);
     show->imagePath = picture("show.png", "green");
     ASSERT_TRUE(exportDone(mp3, chapteredTimeline(), episode, show));
     ReadTags read = readTags(mp3);
@@ -94,7 +96,7 @@ TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
     EXPECT_EQ(read.pictures[0].mime, "image/png");
     EXPECT_EQ(read.pictures[0].bytes, bytesOf(show->imagePath));
 
-    const QString bare = plainMp3("b.mp3");
+    const QString bare = plainMp3("b.mp3", 1.0);
     episode->imagePath = path("gone.jpg");
     ASSERT_TRUE(exportDone(bare, chapteredTimeline(), episode, nullptr));
     read = readTags(bare);
@@ -103,11 +105,8 @@ TEST_F(ExportDoneTest, PictureFallsBackToTheShowsAndAMissingOneIsLeftOut) {
 }
 
 TEST_F(ExportDoneTest, ANonMp3IsReportedAndLeftAlone) {
-    QFile text(path("x.mp3"));
-    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
     const QByteArray content = "plain text, not audio";
-    text.write(content);
-    text.close();
+    bytes("x.mp3", content);
     EXPECT_FALSE(exportDone(path("x.mp3"), chapteredTimeline(), episode, show));
     EXPECT_EQ(transcript(),
               QStringList{"alert: Error | Internal Error 117: Cannot Insert Metadata into MP3 File."});

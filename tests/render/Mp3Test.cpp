@@ -92,27 +92,19 @@ TEST_F(Mp3Tools, SetupProvidesTheToolsBehindAPleaseWait) {
               QFileInfo("/usr/bin/kid3-cli").canonicalFilePath());
 }
 
-TEST_F(Mp3Tools, ConvertToMp3AppliesBitrateAndChannels) {
-    const QString wav = tone("in.wav", 3.0, 440.0, 44100, 2, 0.3);
-    Mp3::convertToMp3(wav, path("mono.mp3"), 64, Mp3Channels::mono);
+TEST_F(Mp3Tools, EncodeAppliesTheSettingsBitrateAndChannels) {
+    Mp3::setEncodingSettings({Mp3Channels::mono, 64});
+    Mp3::encode(tone("in.wav", 3.0, 440.0, 44100, 2, 0.3), path("mono.mp3"));
+    Mp3::setEncodingSettings({});
     EXPECT_EQ(probe(path("mono.mp3"), "channels"), "1");
     EXPECT_EQ(probe(path("mono.mp3"), "bit_rate"), "64000");
-
-    Mp3::setEncodingSettings({Mp3Channels::stereo, 96});
-    Mp3::encode(wav, path("stereo.mp3"));
-    Mp3::setEncodingSettings({});
-    EXPECT_EQ(probe(path("stereo.mp3"), "channels"), "2");
-    EXPECT_EQ(probe(path("stereo.mp3"), "bit_rate"), "96000");
 }
 
 TEST_F(Mp3Tools, EncodeWithTagsWritesTagsAndChaptersAndCleansUp) {
     const QString wav = tone("mix.wav", 30.0, 440.0, 44100, 1, 0.3);
     const QString dst = path("show.mp3");
     const QString chapterText = QString::fromUtf8("Café; \"B\" = #2");
-    QFile usersOwn(path("metadata.txt"));
-    ASSERT_TRUE(usersOwn.open(QIODevice::WriteOnly));
-    usersOwn.write("mine");
-    usersOwn.close();
+    bytes("metadata.txt", "mine");
     ASSERT_TRUE(Mp3::encodeWithTags(wav, dst, kTitle, picture("p.png"), "notes\n= ;",
                                     {{20.0f, 0, chapterText}, {10.0f, 0, "One"}}));
 
@@ -148,61 +140,4 @@ TEST_F(Mp3Tools, EncodeWithTagsReportsAMissingResult) {
     ASSERT_EQ(lines.size(), 3);
     EXPECT_TRUE(lines[1].startsWith("alert: Error | Cannot write the tags file in "))
         << lines[1].toStdString();
-}
-
-TEST_F(Mp3Tools, Kid3SetsAwkwardValuesAndPicturesFaithfully) {
-    const QString mp3 = plainMp3("k.mp3");
-    const QString notes = QString::fromUtf8("First = line; #1\n\"second\" \\ line, née");
-    QDir().mkpath(path("Bob's \"art\""));
-    const QString png = picture("Bob's \"art\"/co\\ver.png", "blue");
-    Mp3::addTags(mp3,
-                 {{"title", kTitle},
-                  {"comment", notes},
-                  {"lyrics", notes},
-                  {"genre", "Podcast"},
-                  {kid3Args::pictureTag(png), "desc \"x\""}},
-                 true);
-    ReadTags read = readTags(mp3);
-    EXPECT_EQ(read.first("TIT2"), kTitle);
-    EXPECT_EQ(read.first("TCON"), "Podcast");
-    EXPECT_EQ(read.comments, QStringList{notes});
-    EXPECT_EQ(read.lyrics, QStringList{notes});
-    ASSERT_EQ(read.pictures.size(), 1u);
-    EXPECT_EQ(read.pictures[0].bytes, bytesOf(png));
-    EXPECT_EQ(read.pictures[0].mime, "image/png");
-    EXPECT_EQ(read.pictures[0].description, "desc \"x\"");
-
-    Mp3::addTags(mp3, {{"lyrics", ""}, {kid3Args::pictureTag(png), ""}}, false);
-    read = readTags(mp3);
-    EXPECT_TRUE(read.lyrics.isEmpty());
-    EXPECT_TRUE(read.pictures.empty());
-    EXPECT_EQ(read.first("TIT2"), kTitle);
-}
-
-TEST_F(Mp3Tools, ConvertToID3TouchesOnlyTheNamedFile) {
-    const QString mp3 = plainMp3("one.mp3");
-    const QString other = plainMp3("two.mp3");
-    const QByteArray otherBytes = bytesOf(other);
-    QXMp3Tags tags(mp3, 30.0f);
-    tags.addTitle(kTitle);
-    tags.addChapter(10.0f, "One");
-    tags.addChapter(20.0f, "Two");
-    ASSERT_TRUE(tags.writeTags(mp3));
-    ASSERT_EQ(headerVersion(mp3), 4);
-    const QStringList before = filesIn(dir.path());
-
-    Mp3::convertToID3(mp3);
-    EXPECT_EQ(headerVersion(mp3), 3);
-    const ReadTags read = readTags(mp3);
-    EXPECT_EQ(read.version, 3);
-    EXPECT_EQ(read.first("TIT2"), kTitle);
-    ASSERT_EQ(read.chapters.size(), 2u);
-    EXPECT_EQ(read.chapters[0].end, 19990u);
-    EXPECT_EQ(read.chapters[1].end, 30000u);
-    EXPECT_EQ(bytesOf(other), otherBytes);
-    EXPECT_EQ(headerVersion(other), 4);
-    EXPECT_EQ(filesIn(dir.path()), before) << "no private folder left behind";
-
-    Mp3::convertToID3(path("absent.mp3"));
-    EXPECT_EQ(filesIn(dir.path()), before);
 }

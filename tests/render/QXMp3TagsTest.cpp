@@ -8,15 +8,6 @@ namespace {
 const QString kAwkward = QString::fromUtf8("Say \"hi\" = 1; #2, née ünd 東京\nsecond line \\ end");
 } // namespace
 
-TEST(QXMp3TagsText, HeaderAndTagsOnlyWithoutChapters) {
-    QXMp3Tags tags(std::nullopt, 30.0f);
-    tags.addTitle("Episode 12");
-    tags.addGenre("Podcast");
-    tags.addShowNotes("never in the text");
-    tags.addYear("2024");
-    EXPECT_EQ(tags.getFFMpegString(), ";FFMETADATA1\ntitle=Episode 12\ngenre=Podcast\ndate=2024\n");
-}
-
 TEST(QXMp3TagsText, ChaptersAreSortedAndEndJustBeforeTheNext) {
     struct Case {
         std::vector<std::pair<float, QString>> added;
@@ -49,10 +40,13 @@ TEST(QXMp3TagsText, ChaptersAreSortedAndEndJustBeforeTheNext) {
 
 class QXMp3TagsFile : public Mp3Fixture {};
 
-TEST_F(QXMp3TagsFile, WritesEveryFrameAndPlayersReadThem) {
-    const QString mp3 = plainMp3("ep.mp3");
+// Written twice to another file: the source stays untouched and each frame is there once.
+TEST_F(QXMp3TagsFile, WritesEveryFrameOnceAndPlayersReadThem) {
+    const QString source = plainMp3("src.mp3");
+    const QByteArray original = bytesOf(source);
+    const QString mp3 = path("ep.mp3");
     const QString png = picture("cover.png");
-    QXMp3Tags tags(mp3, 30.0f);
+    QXMp3Tags tags(source, 30.0f);
     tags.addTitle(kAwkward);
     tags.addGenre("Podcast");
     tags.addYear("2024");
@@ -61,12 +55,14 @@ TEST_F(QXMp3TagsFile, WritesEveryFrameAndPlayersReadThem) {
     tags.addChapter(20.0f, QString::fromUtf8("Zwei \"B\"; #"));
     tags.addChapter(10.0f, "One");
     ASSERT_TRUE(tags.writeTags(mp3));
+    ASSERT_TRUE(tags.writeTags(mp3));
     EXPECT_EQ(tags.destFileUrl, mp3);
+    EXPECT_EQ(bytesOf(source), original);
 
     const ReadTags read = readTags(mp3);
     ASSERT_TRUE(read.valid);
     EXPECT_EQ(read.version, 4);
-    EXPECT_EQ(read.first("TIT2"), kAwkward);
+    EXPECT_EQ(read.text.at("TIT2"), QStringList{kAwkward});
     EXPECT_EQ(read.first("TCON"), "Podcast");
     EXPECT_EQ(read.first("TDRC"), "2024");
     // The encoder's own frame is gone: the tag holds exactly what was added.
@@ -78,10 +74,6 @@ TEST_F(QXMp3TagsFile, WritesEveryFrameAndPlayersReadThem) {
     EXPECT_EQ(read.pictures[0].bytes, bytesOf(png));
     ASSERT_EQ(read.chapters.size(), 2u);
     EXPECT_EQ(read.chapters[0].id, "chp0");
-    EXPECT_EQ(read.chapters[0].start, 10000u);
-    EXPECT_EQ(read.chapters[0].end, 19990u);
-    EXPECT_EQ(read.chapters[1].start, 20000u);
-    EXPECT_EQ(read.chapters[1].end, 30000u);
     EXPECT_EQ(read.chapters[1].title, QString::fromUtf8("Zwei \"B\"; #"));
     EXPECT_EQ(read.tocChildren, (QStringList{"chp0", "chp1"}));
     EXPECT_TRUE(read.tocTopLevel);
@@ -95,36 +87,11 @@ TEST_F(QXMp3TagsFile, WritesEveryFrameAndPlayersReadThem) {
     EXPECT_NEAR(probe(mp3, "duration").toDouble(), 30.0, 0.1);
 }
 
-TEST_F(QXMp3TagsFile, WritingAgainOrElsewhereGivesTheSameSingleFrames) {
-    const QString mp3 = plainMp3("src.mp3");
-    const QByteArray original = bytesOf(mp3);
-    QXMp3Tags tags(mp3, 30.0f);
-    tags.addTitle("T");
-    tags.addPicture("c", picture("c.jpg"));
-    tags.addChapter(5.0f, "A");
-    const QString dest = path("dest.mp3");
-    ASSERT_TRUE(tags.writeTags(dest));
-    ASSERT_TRUE(tags.writeTags(dest));
-    EXPECT_EQ(bytesOf(mp3), original) << "the source must stay untouched";
-
-    const ReadTags read = readTags(dest);
-    EXPECT_EQ(read.text.at("TIT2"), QStringList{"T"});
-    ASSERT_EQ(read.pictures.size(), 1u);
-    EXPECT_EQ(read.pictures[0].mime, "image/jpeg");
-    ASSERT_EQ(read.chapters.size(), 1u);
-    EXPECT_EQ(read.chapters[0].end, 30000u);
-    EXPECT_EQ(read.tocChildren, QStringList{"chp0"});
-}
-
 TEST_F(QXMp3TagsFile, FailuresAreReportedNotThrown) {
-    QFile text(path("notes.mp3"));
-    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
-    text.write("this is not audio at all");
-    text.close();
+    bytes("notes.mp3", "this is not audio at all");
     QXMp3Tags tags(std::nullopt, 1.0f);
     tags.addTitle("T");
-    QFile(path("empty.png")).open(QIODevice::WriteOnly);
-    tags.addPicture("empty", path("empty.png"));
+    tags.addPicture("empty", bytes("empty.png", {}));
     EXPECT_EQ(tags.frames.size(), 1u) << "an empty picture is no picture";
     EXPECT_EQ(logged().filter("QXMp3Tags.addPicture: no picture at").size(), 1);
     EXPECT_FALSE(tags.writeTags(path("notes.mp3")));

@@ -124,6 +124,19 @@ TEST_F(SoXerTest, MusicLongerThanItsSpanIsOnePieceAndEndsOnTime) {
     EXPECT_TRUE(logged().filter("long1.wav").isEmpty()) << "no second piece";
 }
 
+TEST_F(SoXerTest, MusicThatDoesNotLoopStopsWhereTheTimelineEnds) {
+    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 2.0), false);
+    const auto bgm = fileAsset(tone("long.wav", 5.0, 440, 44100, 2), AEAssetType::bgm);
+    bgm->bgmSettings = std::make_shared<AEBGMSettings>(false, 0.25, false);
+    tl->attachItem(bgm, 1, 0.5, std::nullopt, false, false);
+    tl->adjustBGM();
+    const QString dest = out("cut.wav");
+    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    const Decoded d = decode(dest);
+    EXPECT_NEAR(d.seconds(), 2.0, kOneMs);
+    expectOnsetsAt(onsets(d, 0.01), {0.5});
+}
+
 TEST_F(SoXerTest, ShortItemsAreSkippedButTheirLaneKeepsTime) {
     tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 3.0), false);
     const auto c = fileAsset(click("c.wav", 0.5), AEAssetType::effect);
@@ -178,9 +191,7 @@ TEST_F(SoXerTest, ARenderNeverPerformedLeavesNoTemporaryFolder) {
 TEST_F(SoXerTest, AFolderThatCannotBeWrittenFailsCleanly) {
     tl->appendItemInMainLane(fileAsset(click("c.wav", 1.0)), std::nullopt, false);
     // A file where the folder should be: refused even to root.
-    QFile blocker(path("out"));
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
+    bytes("out", {});
     const QString dest = path("out/x.wav");
     EXPECT_FALSE(render(SoXer::make(dest, 44100, 2, 16, tl)));
     EXPECT_FALSE(QFileInfo::exists(dest));
@@ -190,10 +201,7 @@ TEST_F(SoXerTest, AFolderThatCannotBeWrittenFailsCleanly) {
 
 TEST_F(SoXerTest, ADestinationWithBlanksAndNonAsciiAndAnMp3WithChapters) {
     QDir(dir.path()).mkpath("out/Épisode 1 «été»");
-    QFile mine(path("out/Épisode 1 «été»/Show #1; \"final\".wav"));
-    ASSERT_TRUE(mine.open(QIODevice::WriteOnly));
-    mine.write("the user's own file");
-    mine.close();
+    const QString mine = bytes("out/Épisode 1 «été»/Show #1; \"final\".wav", "the user's own file");
     tl->appendItemInMainLane(fileAsset(tone("t.wav", 3.0)), std::nullopt, false);
     tl->attachItem(fileAsset(click("c.wav", 0.5), AEAssetType::effect), 1, 1.0, std::nullopt, false, false);
     const QString dest = path("out/Épisode 1 «été»/Show #1; \"final\".mp3");

@@ -19,16 +19,18 @@ constexpr int kStopTimeoutMs = 3000;
 } // namespace
 
 PulseNullSink::PulseNullSink() : dir_(QDir::tempPath() + "/zendrel-pulse-XXXXXX") {
-    if (!dir_.isValid()) {
-        failure_ = "no temporary folder for the sound server";
-        return;
-    }
-    if (QStandardPaths::findExecutable("pulseaudio").isEmpty() ||
-        QStandardPaths::findExecutable("pactl").isEmpty() ||
-        QStandardPaths::findExecutable("parec").isEmpty()) {
-        failure_ = "pulseaudio, pactl or parec is not installed";
-        return;
-    }
+    failure_ = start();
+    if (failure_.isEmpty())
+        available_ = true;
+    else
+        stop();
+}
+
+// Why the server is not usable, "" once it is.
+QString PulseNullSink::start() {
+    if (!dir_.isValid()) return "no temporary folder for the sound server";
+    for (const char* tool : {"pulseaudio", "pactl", "parec"})
+        if (QStandardPaths::findExecutable(tool).isEmpty()) return QString(tool) + " is not installed";
     const QString d = dir_.path();
     QDir().mkpath(d + "/home");
     QDir().mkpath(d + "/run");
@@ -39,10 +41,7 @@ PulseNullSink::PulseNullSink() : dir_(QDir::tempPath() + "/zendrel-pulse-XXXXXX"
     // nullmic is there because Qt lists no monitor among the inputs. The sinks start suspended: see
     // the listeners below.
     QFile script(d + "/null.pa");
-    if (!script.open(QIODevice::WriteOnly)) {
-        failure_ = "cannot write the sound server's configuration";
-        return;
-    }
+    if (!script.open(QIODevice::WriteOnly)) return "cannot write the sound server's configuration";
     script.write(QStringLiteral("load-module module-native-protocol-unix auth-anonymous=1 socket=%1/native\n"
                                 "load-module module-null-sink sink_name=%2 rate=%3 channels=2 "
                                 "sink_properties=device.description=%5\n"
@@ -71,22 +70,13 @@ PulseNullSink::PulseNullSink() : dir_(QDir::tempPath() + "/zendrel-pulse-XXXXXX"
     daemon_->setStandardOutputFile(QProcess::nullDevice());
     daemon_->setStandardErrorFile(d + "/daemon.stderr");
     daemon_->start();
-    if (!daemon_->waitForStarted(kStartTimeoutMs)) {
-        failure_ = "pulseaudio did not start: " + daemon_->errorString();
-        stop();
-        return;
-    }
-    const QDeadlineTimer deadline(kStartTimeoutMs);
-    for (;;) {
-        bool answered = false;
-        pactl({"info"}, 1000, &answered);
-        if (answered) break;
-        if (daemon_->state() == QProcess::NotRunning || deadline.hasExpired()) {
-            failure_ = "pulseaudio did not come up: " + logTail();
-            stop();
-            return;
-        }
-        QThread::msleep(20);
+    if (!daemon_->waitForStarted(kStartTimeoutMs))
+        return "pulseaudio did not start: " + daemon_->errorString();
+    bool ok = false;
+    for (const QDeadlineTimer deadline(kStartTimeoutMs); !ok; QThread::msleep(20)) {
+        pactl({"info"}, 1000, &ok);
+        if (!ok && (daemon_->state() == QProcess::NotRunning || deadline.hasExpired()))
+            return "pulseaudio did not come up: " + logTail();
     }
 
     // A null sink renders in blocks as long as its lowest requested latency, 2 s when nobody asks, and
@@ -97,34 +87,20 @@ PulseNullSink::PulseNullSink() : dir_(QDir::tempPath() + "/zendrel-pulse-XXXXXX"
         auto listener = process("parec", {"--raw", "--latency-msec=20", "-d", QString(sink) + ".monitor"});
         listener->setStandardOutputFile(QProcess::nullDevice());
         listener->start();
-        if (!listener->waitForStarted(kStartTimeoutMs)) {
-            failure_ = "parec did not start: " + listener->errorString();
-            stop();
-            return;
-        }
+        if (!listener->waitForStarted(kStartTimeoutMs))
+            return "parec did not start: " + listener->errorString();
         listeners_.push_back(std::move(listener));
     }
-    const QDeadlineTimer listening(kStartTimeoutMs);
-    bool ok = false;
-    for (;;) {
+    for (const QDeadlineTimer listening(kStartTimeoutMs);; QThread::msleep(10)) {
         const QByteArray streams = pactl({"list", "short", "source-outputs"}, 1000, &ok);
         if (ok && streams.trimmed().split('\n').size() >= 2) break;
-        if (listening.hasExpired()) {
-            failure_ = "the monitor listeners did not connect: " + logTail();
-            stop();
-            return;
-        }
-        QThread::msleep(10);
+        if (listening.hasExpired()) return "the monitor listeners did not connect: " + logTail();
     }
     for (const char* sink : {kSink, kOtherSink}) {
         pactl({"suspend-sink", sink, "0"}, kStartTimeoutMs, &ok);
-        if (!ok) {
-            failure_ = QString("the sink %1 did not wake: ").arg(sink) + logTail();
-            stop();
-            return;
-        }
+        if (!ok) return QString("the sink %1 did not wake: ").arg(sink) + logTail();
     }
-    available_ = true;
+    return {};
 }
 
 PulseNullSink::~PulseNullSink() {

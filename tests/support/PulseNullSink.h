@@ -49,6 +49,7 @@ public:
     bool unloadModule(int index) const;
 
 private:
+    QString start();
     std::unique_ptr<QProcess> process(const QString& program, const QStringList& arguments) const;
     // Its output; *ok when it ran and succeeded.
     QByteArray pactl(const QStringList& arguments, int timeoutMs, bool* ok) const;

@@ -74,78 +74,56 @@ public:
     // A 16-bit sine at `amplitude` of full scale, the same on every channel.
     QString tone(const QString& name, double seconds, double frequency = 440.0, int rate = 44100,
                  int channels = 1, double amplitude = 0.5) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", "16",
-                             out, "synth", QString::number(seconds), "sine", QString::number(frequency),
-                             "vol", QString::number(amplitude)});
-        return out;
+        return synth(name, rate, channels, {"synth", n(seconds), "sine", n(frequency), "vol", n(amplitude)});
     }
 
     QString silence(const QString& name, double seconds, int rate = 44100, int channels = 1) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", "16",
-                             out, "trim", "0", QString::number(seconds)});
-        return out;
+        return synth(name, rate, channels, {"trim", "0", n(seconds)});
     }
 
     // `seconds` long, a 2 ms burst of 1 kHz at its start, silence after.
     QString click(const QString& name, double seconds, int channels = 1) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", {"-n", "-r", "44100", "-c", QString::number(channels), "-b", "16", out, "synth",
-                             "0.002", "sine", "1000", "pad", "0", QString::number(seconds - 0.002)});
-        return out;
+        return synth(name, 44100, channels,
+                     {"synth", "0.002", "sine", "1000", "pad", "0", n(seconds - 0.002)});
     }
 
     // Every sample `value` (of full scale), 16-bit mono.
     QString level(const QString& name, double seconds, float value) const {
-        const QString out = path(name);
         AUAudio::saveArrayIntoAudioFile16(std::vector<float>(static_cast<size_t>(seconds * 44100), value),
-                                          44100, out);
-        return out;
+                                          44100, path(name));
+        return path(name);
     }
 
     // Pieces one after the other (they must share the format).
     QString join(const QString& name, const QStringList& pieces) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", pieces + QStringList{out});
-        return out;
+        return made(name, "/usr/bin/sox", pieces + QStringList{path(name)});
     }
 
     QString noise(const QString& name, double seconds, double amplitude, int rate = 44100) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", {"-n", "-r", QString::number(rate), "-c", "1", "-b", "16", out, "synth",
-                             QString::number(seconds), "whitenoise", "vol", QString::number(amplitude)});
-        return out;
+        return synth(name, rate, 1, {"synth", n(seconds), "whitenoise", "vol", n(amplitude)});
     }
 
     // Sources summed sample by sample, not scaled.
     QString mix(const QString& name, const QStringList& sources) const {
-        const QString out = path(name);
         QStringList arguments{"-m"};
         for (const QString& source : sources)
             arguments << "-v"
                       << "1" << source;
-        run("/usr/bin/sox", arguments + QStringList{out});
-        return out;
+        return made(name, "/usr/bin/sox", arguments << path(name));
     }
 
     // Mono sources side by side as channels.
     QString channels(const QString& name, const QStringList& sources) const {
-        const QString out = path(name);
-        run("/usr/bin/sox", QStringList{"-M"} + sources + QStringList{out});
-        return out;
+        return made(name, "/usr/bin/sox", QStringList{"-M"} + sources + QStringList{path(name)});
     }
 
     QString speech(const QString& name, const QString& text) const {
-        const QString out = path(name);
-        run("/usr/bin/espeak-ng", {"-w", out, text});
-        return out;
+        return made(name, "/usr/bin/espeak-ng", {"-w", path(name), text});
     }
 
     QString mp3From(const QString& wav, const QString& name) const {
-        const QString out = path(name);
-        run("/usr/bin/ffmpeg", {"-nostdin", "-v", "error", "-y", "-i", wav, "-b:a", "128k", out});
-        return out;
+        return made(name, "/usr/bin/ffmpeg",
+                    {"-nostdin", "-v", "error", "-y", "-i", wav, "-b:a", "128k", path(name)});
     }
 
     static Decoded decode(const QString& file) {
@@ -183,22 +161,21 @@ public:
     // A 440 Hz sine: sox -n -r <rate> -c <channels> -b <bits> [-e floating-point] <name> synth <s> sine 440
     QString sine(const QString& name, int rate, int channels, int bits, double seconds, double gainDb = -6.0,
                  bool floatingPoint = false) const {
-        QStringList args = {
-            "-n", "-r", QString::number(rate), "-c", QString::number(channels), "-b", QString::number(bits)};
+        QStringList args = {"-n", "-r", n(rate), "-c", n(channels), "-b", n(bits)};
         if (floatingPoint)
             args << "-e"
                  << "floating-point";
-        args << path(name) << "synth" << QString::number(seconds) << "sine"
-             << "440"
-             << "gain" << QString::number(gainDb);
-        return run("sox", args, name);
+        return run("sox",
+                   args << path(name) << "synth" << n(seconds) << "sine"
+                        << "440"
+                        << "gain" << n(gainDb),
+                   name);
     }
 
     // ffmpeg -i <source> <extra arguments> <name>
     QString convert(const QString& source, const QStringList& extra, const QString& name) const {
-        QStringList args = {"-nostdin", "-v", "error", "-y", "-i", source};
-        args << extra << path(name);
-        return run("ffmpeg", args, name);
+        return run("ffmpeg", QStringList{"-nostdin", "-v", "error", "-y", "-i", source} + extra << path(name),
+                   name);
     }
 
     // `frames` frames of float WAV whose sample of channel c at frame i is value(i, c).
@@ -257,4 +234,17 @@ public:
     }
 
     QTemporaryDir dir;
+
+private:
+    static QString n(double value) { return QString::number(value); }
+    // `program` run to make `name`, which the test needs: a failed run fails the test.
+    QString made(const QString& name, const QString& program, const QStringList& arguments) const {
+        run(program, arguments);
+        return path(name);
+    }
+    // 16-bit sox output from nothing: sox -n -r <rate> -c <channels> -b 16 <name> <effects>
+    QString synth(const QString& name, int rate, int channels, const QStringList& effects) const {
+        return made(name, "/usr/bin/sox",
+                    QStringList{"-n", "-r", n(rate), "-c", n(channels), "-b", "16", path(name)} + effects);
+    }
 };

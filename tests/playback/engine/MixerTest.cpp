@@ -71,6 +71,20 @@ TEST(Mixer, AGainRampIsLinearAndLandsOnItsTarget) {
     EXPECT_EQ(render(mixer, 1)[0], 2.0f) << "no ramp: at once, from the next block";
 }
 
+TEST(Mixer, AFadeOutStartsAfterItsDelayAndASecondGoesOnFromTheLevelReached) {
+    Mixer mixer;
+    const int v = mixer.addVoice(std::make_shared<Constant>(1.0f, 1.0f, 1 << 20));
+    mixer.fadeOut(v, 10, 100);
+    auto out = render(mixer, 60);
+    EXPECT_EQ(out[2 * 9], 1.0f) << "untouched during the delay";
+    EXPECT_NEAR(out[2 * 59], 0.5f, 1e-5) << "half way down after 50 of 100 frames";
+    mixer.fadeOut(v, 0, 10);
+    out = render(mixer, 11);
+    EXPECT_NEAR(out[0], 0.45f, 1e-5);
+    EXPECT_NEAR(out[2 * 9], 0.0f, 1e-5);
+    EXPECT_TRUE(mixer.fadedOut(v)) << "ended on the frame after the fade, not later";
+}
+
 TEST(Mixer, PausedVoicesKeepTheirPlaceAndMetersFollowWhatIsHeard) {
     Mixer mixer;
     auto source = std::make_shared<Constant>(0.5f, 0.0f, 5000);

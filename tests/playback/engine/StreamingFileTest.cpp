@@ -37,6 +37,15 @@ float at(int64_t frame) {
     return static_cast<float>(frame) / 100000.0f;
 }
 
+// Frequency from the zero crossings of the left channel.
+double frequencyOf(const std::vector<float>& stereo, int64_t frames) {
+    int crossings = 0;
+    for (int64_t i = 1; i < frames; ++i)
+        if ((stereo[static_cast<size_t>(2 * (i - 1))] < 0) != (stereo[static_cast<size_t>(2 * i)] < 0))
+            ++crossings;
+    return crossings / 2.0 / (static_cast<double>(frames) / 44100);
+}
+
 } // namespace
 
 TEST(StreamingFile, PlaysFromItsStartToTheEndOnBothChannels) {
@@ -80,17 +89,6 @@ TEST(StreamingFile, NothingToPlayGivesNoSource) {
     // Dropped at once, while the worker may still be decoding: it stops and joins.
     EXPECT_TRUE(StreamingFile::open(path, {}));
 }
-
-namespace {
-// Frequency from the zero crossings of the left channel.
-double frequencyOf(const std::vector<float>& stereo, int64_t frames) {
-    int crossings = 0;
-    for (int64_t i = 1; i < frames; ++i)
-        if ((stereo[static_cast<size_t>(2 * (i - 1))] < 0) != (stereo[static_cast<size_t>(2 * i)] < 0))
-            ++crossings;
-    return crossings / 2.0 / (static_cast<double>(frames) / 44100);
-}
-} // namespace
 
 TEST(StreamingFile, FasterKeepsThePitchAndTheFilePosition) {
     TestAudio make;

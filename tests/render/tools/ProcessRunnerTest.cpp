@@ -10,13 +10,17 @@ ProcessRequest sh(const QString& script) {
 }
 } // namespace
 
-TEST(ProcessRunner, ReportsOutputAndExitCodeWithoutJudgingThem) {
+TEST(ProcessRunner, ReportsOutputAndExitCodeWithoutJudgingThemOrThatNothingStarted) {
     const ProcessResult result = runProcess(sh("printf out; exit 3"));
     EXPECT_TRUE(result.started);
     EXPECT_TRUE(result.finished);
     EXPECT_FALSE(result.crashed);
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.output, "out");
+    const ProcessResult missing = runProcess(ProcessRequest{.program = "/nonexistent/tool", .arguments = {}});
+    EXPECT_FALSE(missing.started);
+    EXPECT_FALSE(missing.finished);
+    EXPECT_EQ(missing.exitCode, -1);
 }
 
 TEST(ProcessRunner, StandardErrorGoesWhereTheCallerSays) {
@@ -66,11 +70,4 @@ TEST(ProcessRunner, KillsAProgramPastItsTimeoutOrWhenCancelled) {
     auto ownTest = ProcessRequest{.program = "/bin/sleep", .arguments = {"0.3"}};
     ownTest.cancelled = [] { return false; };
     EXPECT_TRUE(runProcess(ownTest).finished);
-}
-
-TEST(ProcessRunner, AMissingProgramDoesNotStart) {
-    const ProcessResult result = runProcess(ProcessRequest{.program = "/nonexistent/tool", .arguments = {}});
-    EXPECT_FALSE(result.started);
-    EXPECT_FALSE(result.finished);
-    EXPECT_EQ(result.exitCode, -1);
 }

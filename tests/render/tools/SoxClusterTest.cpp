@@ -26,20 +26,7 @@ const double quiet = 1e-4; // dither of 16-bit output
 const double toneRms = 20.0 * std::log10(0.5 / std::sqrt(2.0));
 } // namespace
 
-TEST_F(SoxUtClusterTest, PadsOnlyAboveOneHundredthOfASecond) {
-    const QString src = tone("src.wav", 2.0);
-    soxUt_createCluster(src, 0.01, 0.5, 1.5, 0.0, 0.0, path("a.wav"), false, 0.0);
-    EXPECT_NEAR(decode(path("a.wav")).seconds(), 1.0, 0.001);
-    soxUt_createCluster(src, 0.02, 0.5, 1.5, 0.0, 0.0, path("b.wav"), false, 0.0);
-    const Decoded b = decode(path("b.wav"));
-    EXPECT_NEAR(b.seconds(), 1.02, 0.001);
-    EXPECT_LT(b.peak(0, 0.0, 0.019), quiet);
-    EXPECT_NEAR(b.peak(0, 0.021, 1.02), 0.5, 0.01);
-    // The shaping step's file is gone.
-    EXPECT_EQ(leftovers({"src.wav", "a.wav", "b.wav"}), QStringList());
-}
-
-TEST_F(SoxUtClusterTest, FadesNormalizationAndFormat) {
+TEST_F(SoxUtClusterTest, PadFadesNormalizationAndFormat) {
     const QString src = tone("src.wav", 2.0);
     soxUt_createCluster(src, 0.5, 0.0, 1.0, 0.2, 0.3, path("c.wav"), true, 0.0, 22050, 2, 24);
     const Decoded c = decode(path("c.wav"));
@@ -52,15 +39,7 @@ TEST_F(SoxUtClusterTest, FadesNormalizationAndFormat) {
     EXPECT_NEAR(c.peak(1, 0.8, 1.1), 1.0, 0.01); // normalized
     EXPECT_LT(c.peak(1, 1.49, 1.5), 0.1);        // faded out
     EXPECT_GT(c.peak(1, 1.15, 1.19), 0.9);       // but only in its last 0.3 s
-}
-
-TEST_F(SoxUtClusterTest, GainIsBoundedToMinus40Plus20) {
-    const QString src = tone("src.wav", 0.5, 440.0, 44100, 1, 0.01);
-    soxUt_createCluster(src, 0.0, 0.0, 0.5, 0.0, 0.0, path("up.wav"), false, 25.0);
-    EXPECT_NEAR(decode(path("up.wav")).peak(0, 0.0, 0.5), 0.1, 0.002); // +20, not +25
-
-    soxUt_createCluster(tone("loud.wav", 0.5), 0.0, 0.0, 0.5, 0.0, 0.0, path("down.wav"), false, -50.0);
-    EXPECT_NEAR(decode(path("down.wav")).rmsDb(0, 0.0, 0.5), toneRms - 40.0, 0.2);
+    EXPECT_EQ(leftovers({"src.wav", "c.wav"}), QStringList()) << "the shaping step's file is gone";
 }
 
 TEST_F(SoxUtClusterTest, CompressedSourcesLeaveADecodedWavBeside) {
@@ -75,9 +54,7 @@ TEST_F(SoxUtClusterTest, CompressedSourcesLeaveADecodedWavBeside) {
 }
 
 TEST_F(SoxUtClusterTest, AMissingSourceAlertsAndLeavesNoDestination) {
-    QFile stale(path("c.wav"));
-    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
-    stale.close();
+    bytes("c.wav", {});
     const QString missing = path("gone.wav");
     soxUt_createCluster(missing, 1.0, 0.0, 1.0, 0.0, 0.0, path("c.wav"), false, 0.0);
     const QString expected = "alert: SHX ERROR | Could not create cluster, file " + missing + " not found.";
@@ -88,10 +65,7 @@ TEST_F(SoxUtClusterTest, AMissingSourceAlertsAndLeavesNoDestination) {
 
 TEST_F(SoxUtClusterTest, GateWithoutClustersCopies) {
     const QString src = tone("src.wav", 0.5);
-    QFile stale(path("out.wav"));
-    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
-    stale.write("old");
-    stale.close();
+    bytes("out.wav", "old");
     soxUt_clusterGate(src, path("out.wav"), 0.1, 0.1, false, 0.5, {}, false, nullptr);
     QFile a(src), b(path("out.wav"));
     ASSERT_TRUE(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));

@@ -19,7 +19,7 @@ TEST_F(SoxUtConvertTest, ToolsComeFromTheComponentsStore) {
     EXPECT_TRUE(QFileInfo(soxUt_getFFProbePath()).isExecutable());
 }
 
-TEST_F(SoxUtConvertTest, ConvertAppliesTheGivenFormatAndNormalizes) {
+TEST_F(SoxUtConvertTest, ConvertAppliesTheGivenFormatOrTheSourcesAndLeavesMp3Alone) {
     const QString src = tone("in.wav", 1.0, 440.0, 44100, 2, 0.25);
     soxUt_convert(src, path("out.wav"), 22050, 1, 24, true);
     const Decoded out = decode(path("out.wav"));
@@ -37,14 +37,9 @@ TEST_F(SoxUtConvertTest, ConvertAppliesTheGivenFormatAndNormalizes) {
     EXPECT_EQ(same.channels, 2);
     EXPECT_EQ(same.subFormat, SF_FORMAT_PCM_16);
     EXPECT_NEAR(same.peak(1, 0.0, 1.0), 0.25, 0.01);
-}
 
-TEST_F(SoxUtConvertTest, ConvertLeavesMp3AloneAndNoDestination) {
-    const QString mp3 = mp3From(tone("t.wav", 0.5), "t.mp3");
-    QFile stale(path("out.wav"));
-    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
-    stale.close();
-    soxUt_convert(mp3, path("out.wav"), 44100, 1, 16, false);
+    // An MP3 is not for the sound tool: no run, and a stale destination goes.
+    soxUt_convert(mp3From(src, "t.mp3"), path("out.wav"), 44100, 1, 16, false);
     EXPECT_FALSE(QFileInfo::exists(path("out.wav")));
     EXPECT_TRUE(transcript().isEmpty());
 }
@@ -72,22 +67,11 @@ TEST_F(SoxUtConvertTest, DecodesToPlainIntegerWav) {
     // Nothing but RIFF, fmt and data: 44 bytes before the samples.
     EXPECT_EQ(QFileInfo(path("s16.wav")).size(), 44 + s16.frames * 2 * 2);
 
-    soxUt_convertMp3ToWav(mp3, path("s24.wav"), false, 1, 24);
-    const Decoded s24 = decode(path("s24.wav"));
-    EXPECT_EQ(s24.channels, 1);
-    EXPECT_EQ(s24.subFormat, SF_FORMAT_PCM_24);
-
     soxUt_convertMp3ToWavMono16(mp3, path("m16.wav"), std::nullopt, false);
     const Decoded m16 = decode(path("m16.wav"));
     EXPECT_EQ(m16.channels, 1);
     EXPECT_EQ(m16.rate, 44100);
     EXPECT_EQ(QFileInfo(path("m16.wav")).size(), 44 + m16.frames * 2);
-
-    soxUt_convertMp3ToWavMono16(mp3, path("r16.wav"), 16000, false);
-    const Decoded r16 = decode(path("r16.wav"));
-    EXPECT_EQ(r16.rate, 16000);
-    EXPECT_EQ(r16.subFormat, SF_FORMAT_PCM_16);
-    EXPECT_NEAR(r16.seconds(), 1.0, 0.06);
 }
 
 TEST_F(SoxUtConvertTest, EncodesAacInMp4) {

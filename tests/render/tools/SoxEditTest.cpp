@@ -13,17 +13,7 @@ namespace {
 const double quiet = 1e-4;
 } // namespace
 
-TEST_F(SoxUtEditTest, TrimTakesTheSpanBetweenTwoTimes) {
-    const QString src = join("src.wav", {silence("s.wav", 1.0), tone("t.wav", 1.0), silence("s2.wav", 1.0)});
-    soxUt_trim(src, 0.75, 2.25, path("cut.wav"));
-    const Decoded cut = decode(path("cut.wav"));
-    EXPECT_NEAR(cut.seconds(), 1.5, 0.001);
-    EXPECT_LT(cut.peak(0, 0.0, 0.24), quiet);
-    EXPECT_NEAR(cut.peak(0, 0.26, 1.24), 0.5, 0.01);
-    EXPECT_LT(cut.peak(0, 1.26, 1.5), quiet);
-}
-
-TEST_F(SoxUtEditTest, GeneratedSilenceDefaultsAndFormat) {
+TEST_F(SoxUtEditTest, GeneratedSilenceDefaultsToOneSecondOfStereoDigitalZero) {
     soxUt_generateSilence(path("default.wav"));
     const Decoded d = decode(path("default.wav"));
     EXPECT_EQ(d.rate, 44100);
@@ -31,29 +21,16 @@ TEST_F(SoxUtEditTest, GeneratedSilenceDefaultsAndFormat) {
     EXPECT_EQ(d.frames, 44100);
     EXPECT_EQ(d.subFormat, SF_FORMAT_PCM_32);
     EXPECT_EQ(d.peak(0, 0.0, 1.0) + d.peak(1, 0.0, 1.0), 0.0);
-
-    soxUt_generateSilence(path("custom.wav"), 8000, 1, 0.25);
-    const Decoded c = decode(path("custom.wav"));
-    EXPECT_EQ(c.rate, 8000);
-    EXPECT_EQ(c.channels, 1);
-    EXPECT_EQ(c.frames, 2000);
 }
 
-TEST_F(SoxUtEditTest, PadPutsSilenceInFront) {
-    soxUt_pad(tone("t.wav", 0.5), path("padded.wav"), 0.25);
-    const Decoded out = decode(path("padded.wav"));
-    EXPECT_NEAR(out.seconds(), 0.75, 0.001);
-    EXPECT_LT(out.peak(0, 0.0, 0.249), quiet);
-    EXPECT_NEAR(out.peak(0, 0.26, 0.75), 0.5, 0.01);
-}
-
-TEST_F(SoxUtEditTest, PadDecodesCompressedSourcesThroughATemporaryWav) {
+TEST_F(SoxUtEditTest, PadPutsSilenceInFrontOfADecodedCompressedSource) {
     const QString mp3 = mp3From(tone("t.wav", 0.5, 440.0, 44100, 2), "t.mp3");
     soxUt_pad(mp3, path("padded.wav"), 0.5);
     const Decoded out = decode(path("padded.wav"));
     EXPECT_EQ(out.channels, 1);
     EXPECT_NEAR(out.seconds(), 1.0, 0.06);
     EXPECT_LT(out.peak(0, 0.0, 0.49), 0.001);
+    EXPECT_GT(out.peak(0, 0.6, 0.9), 0.3);
     EXPECT_FALSE(QFileInfo::exists(mp3 + ".wav"));
 }
 
@@ -77,17 +54,6 @@ TEST_F(SoxUtEditTest, ConcatenationSkipsMissingSourcesAndFades) {
     EXPECT_FALSE(QFileInfo::exists(path("ab.wav")));
 }
 
-TEST_F(SoxUtEditTest, MixdownSumsTheSourcesWithMakeUpGain) {
-    // -m halves each of two inputs; gain 4 gives back 4 dB of the 6.
-    const QString a = tone("a.wav", 1.0, 440.0, 44100, 1, 0.25);
-    const QString b = join("b.wav", {silence("s.wav", 0.5), tone("b1.wav", 1.0, 660.0, 44100, 1, 0.25)});
-    soxUt_mixdown({a, b}, path("mix.wav"));
-    const Decoded mix = decode(path("mix.wav"));
-    EXPECT_NEAR(mix.seconds(), 1.5, 0.001);
-    EXPECT_NEAR(mix.rmsDb(0, 0.1, 0.4), 20.0 * std::log10(0.25 / std::sqrt(2.0)) - 2.0, 0.1);
-    EXPECT_NEAR(mix.rmsDb(0, 1.1, 1.4), 20.0 * std::log10(0.25 / std::sqrt(2.0)) - 2.0, 0.1);
-}
-
 TEST_F(SoxUtEditTest, MixdownAndRemovePausesShortenLongPauses) {
     const QString speechLike =
         join("in.wav", {tone("t1.wav", 0.5), silence("s1.wav", 2.0), tone("t2.wav", 0.5),
@@ -107,19 +73,11 @@ TEST_F(SoxUtEditTest, MixdownAndRemovePausesShortenLongPauses) {
     EXPECT_GT(mix.peak(0, 0.6, 0.9), 0.1);
 }
 
-TEST_F(SoxUtEditTest, GainChangesTheLevelByDecibels) {
-    soxUt_gain(tone("t.wav", 0.5), path("quiet.wav"), -6.0);
-    EXPECT_NEAR(decode(path("quiet.wav")).rmsDb(0, 0.0, 0.5), 20.0 * std::log10(0.5 / std::sqrt(2.0)) - 6.0,
-                0.05);
-}
-
 TEST_F(SoxUtEditTest, SplitAtSilenceNumbersThePieces) {
     const QString src = join("talk.wav", {tone("a.wav", 0.5), silence("s1.wav", 0.5), tone("b.wav", 0.5),
                                           silence("s2.wav", 0.5), tone("c.wav", 0.5)});
     // A piece of an earlier, longer run must not be picked up.
-    QFile stale(path("talk_part009.wav"));
-    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
-    stale.close();
+    bytes("talk_part009.wav", {});
     const QStringList pieces = soxUt_splitAtSilence(src, 0.3);
     ASSERT_EQ(pieces,
               QStringList({path("talk_part001.wav"), path("talk_part002.wav"), path("talk_part003.wav")}));

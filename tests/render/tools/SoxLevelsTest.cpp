@@ -19,26 +19,29 @@ const QString stereoStats = "             Overall     Left      Right\n"
                             "RMS Pk dB      -8.98     -8.99     -8.98\n";
 } // namespace
 
-TEST_F(SoxUtLevelsTest, ReadsTheLastColumnOfTheRmsRowWithItsSign) {
-    EXPECT_EQ(soxUt_rmsLevelFromStats(monoStats), -23.41);
-    EXPECT_EQ(soxUt_rmsLevelFromStats(stereoStats), -12.25);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB      3.5\n"), 3.5);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB     -inf\n"), -INFINITY);
-    // Last line without a newline.
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB  -1.25"), -1.25);
-}
-
-TEST_F(SoxUtLevelsTest, FallsBackToMinus12WhenThereIsNoNumber) {
-    EXPECT_EQ(soxUt_rmsLevelFromStats(""), -12.0);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("sox FAIL formats: can't open input file"), -12.0);
-    EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB   \nRMS Pk dB  -3.0\n"), -12.0);
+// The last column of the RMS row with its sign; -12 when there is no number, logged when there was
+// something else.
+TEST_F(SoxUtLevelsTest, ReadsTheLastColumnOfTheRmsRowOrFallsBackToMinus12) {
+    const std::pair<QString, double> rows[] = {
+        {monoStats, -23.41},
+        {stereoStats, -12.25},
+        {"RMS lev dB      3.5\n", 3.5},
+        {"RMS lev dB     -inf\n", -INFINITY},
+        {"RMS lev dB  -1.25", -1.25}, // last line without a newline
+        {"", -12.0},
+        {"sox FAIL formats: can't open input file", -12.0},
+        {"RMS lev dB   \nRMS Pk dB  -3.0\n", -12.0},
+    };
+    for (const auto& [stats, level] : rows)
+        EXPECT_EQ(soxUt_rmsLevelFromStats(stats), level) << stats.toStdString();
     EXPECT_TRUE(logged().isEmpty());
     EXPECT_EQ(soxUt_rmsLevelFromStats("RMS lev dB   n/a\n"), -12.0);
     EXPECT_EQ(logged(), QStringList({"soxUt_getRMSLevel: \"n/a\" is not a level; -12 instead"}));
 }
 
-TEST_F(SoxUtLevelsTest, MeasuresRealFiles) {
-    EXPECT_NEAR(soxUt_getRMSLevel(tone("t.wav", 1.0)), 20.0 * std::log10(0.5 / std::sqrt(2.0)), 0.02);
+TEST_F(SoxUtLevelsTest, MeasuresRealFilesAndMp3ThroughATemporaryWav) {
+    const QString t = tone("t.wav", 1.0);
+    EXPECT_NEAR(soxUt_getRMSLevel(t), 20.0 * std::log10(0.5 / std::sqrt(2.0)), 0.02);
     const QString st = channels(
         "st.wav", {tone("l.wav", 1.0, 440.0, 44100, 1, 0.5), tone("r.wav", 1.0, 440.0, 44100, 1, 0.125)});
     EXPECT_NEAR(soxUt_getRMSLevel(st), 20.0 * std::log10(0.125 / std::sqrt(2.0)), 0.02);
@@ -46,10 +49,7 @@ TEST_F(SoxUtLevelsTest, MeasuresRealFiles) {
     run("/usr/bin/sox", {"-n", "-r", "44100", "-c", "1", path("zero.wav"), "trim", "0", "0.5"});
     EXPECT_EQ(soxUt_getRMSLevel(path("zero.wav")), -INFINITY);
     EXPECT_EQ(soxUt_getRMSLevel(path("missing.wav")), -12.0);
-}
-
-TEST_F(SoxUtLevelsTest, Mp3IsMeasuredThroughATemporaryWav) {
-    const QString mp3 = mp3From(tone("t.wav", 1.0), "t.mp3");
+    const QString mp3 = mp3From(t, "t.mp3");
     EXPECT_NEAR(soxUt_getRMSLevel(mp3), 20.0 * std::log10(0.5 / std::sqrt(2.0)), 0.7);
     EXPECT_FALSE(QFileInfo::exists(mp3 + ".wav"));
 }

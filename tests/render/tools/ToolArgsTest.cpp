@@ -46,9 +46,9 @@ TEST(SoxUtArgsTest, ConcatenationHasNoQuietFlagAndAlwaysFades) {
 }
 
 TEST(SoxUtArgsTest, SilenceThresholdIsTheRatioWithAPercentSign) {
-    EXPECT_EQ(soxArgs::silenceThreshold(-25.0), "0.05623413251903491%");
-    EXPECT_EQ(soxArgs::silenceThreshold(-40.0), "0.01%");
-    EXPECT_EQ(soxArgs::silenceThreshold(0.0), "1.0%");
+    for (const auto& [db, ratio] :
+         {std::pair{-25.0, "0.05623413251903491%"}, {-40.0, "0.01%"}, {0.0, "1.0%"}})
+        EXPECT_EQ(soxArgs::silenceThreshold(db), ratio);
     EXPECT_EQ(soxArgs::removePauses(a, b, 0.5, -40.0),
               L({a, b, "silence", "-l", "1", "0.5", "0.01%", "-1", "0.5", "0.01%"}));
 }
@@ -63,12 +63,9 @@ TEST(SoxUtArgsTest, MixdownGainFollowsTheNumberOfSources) {
         EXPECT_EQ(args.mid(0, n + 2), L({"-m"}) + srcs + L({b}));
         return at < 0 ? QString("none") : args.mid(at + 1).join(' ');
     };
-    EXPECT_EQ(gainOf(1), "none");
-    EXPECT_EQ(gainOf(2), "4");
-    EXPECT_EQ(gainOf(3), "6");
-    EXPECT_EQ(gainOf(4), "8");
-    EXPECT_EQ(gainOf(5), "10");
-    EXPECT_EQ(gainOf(6), "none");
+    const QStringList gains{"none", "4", "6", "8", "10", "none"};
+    for (int n = 1; n <= 6; ++n)
+        EXPECT_EQ(gainOf(n), gains[n - 1]) << n;
 }
 
 TEST(SoxUtArgsTest, MixdownPauseRemovalAndTrailingFormatFlags) {
@@ -86,12 +83,9 @@ TEST(SoxUtArgsTest, ClusterShapeBoundsGainAndPadsAboveOneHundredth) {
     EXPECT_EQ(soxArgs::clusterShape(a, "/t.wav", 0.0, 1.0, 0.0, 0.0, true, 25.0, 44100, 2, 16),
               L({"-V0", a, "-b", "16", "-c", "2", "-r", "44100", "/t.wav", "trim", "0.0", "1.0", "fade",
                  "0.0", "1.0", "0.0", "norm", "gain", "20.0"}));
-    const L low = soxArgs::clusterShape(a, "/t.wav", 0.0, 1.0, 0.0, 0.0, false, -50.0, std::nullopt,
-                                        std::nullopt, std::nullopt);
-    EXPECT_EQ(low.mid(low.size() - 2), L({"gain", "-40.0"}));
-    const L inside = soxArgs::clusterShape(a, "/t.wav", 0.0, 1.0, 0.0, 0.0, false, -3.5, std::nullopt,
-                                           std::nullopt, std::nullopt);
-    EXPECT_EQ(inside.mid(inside.size() - 2), L({"gain", "-3.5"}));
+    for (const auto& [asked, given] : {std::pair{-50.0, "-40.0"}, {-3.5, "-3.5"}, {25.0, "20.0"}})
+        EXPECT_EQ(soxArgs::clusterShape(a, "/t.wav", 0, 1, 0, 0, false, asked, 44100, 2, 16).mid(12),
+                  L({"fade", "0.0", "1.0", "0.0", "gain", given}));
 
     EXPECT_EQ(soxArgs::clusterPad("/t.wav", b, 0.01), L({"/t.wav", b}));
     EXPECT_EQ(soxArgs::clusterPad("/t.wav", b, 0.02), L({"/t.wav", b, "pad", "0.02"}));
@@ -143,9 +137,8 @@ TEST(SoxUtArgsTest, FFmpegVectors) {
                  "+bitexact", "-c:a", "pcm_s16le", "-ac", "2", b}));
     EXPECT_EQ(ffArgs::decodeToWav("/x.mp3", b, 1, 16, 16000).mid(11),
               L({"-c:a", "pcm_s16le", "-ac", "1", "-ar", "16000", b}));
-    EXPECT_EQ(ffArgs::decodeToWav("/x.mp3", b, 2, 24, std::nullopt).mid(12, 1), L({"pcm_s24le"}));
-    EXPECT_EQ(ffArgs::decodeToWav("/x.mp3", b, 2, 32, std::nullopt).mid(12, 1), L({"pcm_s32le"}));
-    EXPECT_EQ(ffArgs::decodeToWav("/x.mp3", b, 2, 8, std::nullopt).mid(12, 1), L({"pcm_u8"}));
+    for (const auto& [bits, codec] : {std::pair{24, "pcm_s24le"}, {32, "pcm_s32le"}, {8, "pcm_u8"}})
+        EXPECT_EQ(ffArgs::decodeToWav("/x.mp3", b, 2, bits, std::nullopt).mid(12, 1), L({codec}));
     EXPECT_EQ(ffArgs::encodeAAC(a, "/o.m4a", 128000), L({"-nostdin", "-v", "error", "-y", "-i", a, "-vn",
                                                          "-c:a", "aac", "-b:a", "128000", "/o.m4a"}));
     EXPECT_EQ(ffArgs::encodeMp3(a, "/o.mp3", 64, std::nullopt), L({"-i", a, "-b:a", "64k", "/o.mp3"}));

@@ -24,12 +24,7 @@ private:
 
 class SoxUtBadInputTest : public ToolFixture {
 protected:
-    QString textFile(const QString& name) {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("This is a shopping list, not a sound.\n");
-        return file.fileName();
-    }
+    QString textFile(const QString& name) { return bytes(name, "This is a shopping list, not a sound.\n"); }
 };
 
 TEST_F(SoxUtBadInputTest, AwkwardNamesReachTheToolsIntact) {
