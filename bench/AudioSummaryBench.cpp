@@ -1,7 +1,7 @@
 // Waveform summaries, file digests and ingest against their plain baselines, on an hour of 44.1 kHz
 // stereo 16-bit WAV (about 635 MB) and a 1 GB file, both made here and deleted at the end. Files sit in
 // the page cache after the first pass, so these are CPU figures rather than disk figures. The machine
-// may be shared, so each comparison alternates the two sides round by round and takes the fastest round
+// may be shared, so each comparison runs its sides in turn, round by round, and takes the fastest round
 // of each; the ratios printed at the end are baseline time / our time (1.0 = as fast).
 #include "dsp/AUAudio.h"
 #include "dsp/SndFile.h"

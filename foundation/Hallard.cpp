@@ -6,13 +6,16 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
+#include <QSemaphore>
+#include <algorithm>
 #include <array>
-#include <future>
+#include <atomic>
+#include <thread>
 
 namespace {
 const char* const kSalt = "zNdRl";
 // Large slices: files are read at the disk's pace, and few calls keep the digest on its fast path.
-constexpr qint64 kSliceBytes = 8 << 20;
+constexpr qint64 kSliceBytes = 4 << 20;
 } // namespace
 
 QString hallard_getNewId(const QString& prefix) {
@@ -50,23 +53,37 @@ QString hallard_copyFileWithMd5(const QString& from, const QString& to) {
         !target.open(QIODevice::NewOnly | QIODevice::Unbuffered))
         return QString();
     QCryptographicHash hash(QCryptographicHash::Md5);
-    // The digest is the slow part: while it runs over one slice here, a helper writes that slice out
-    // and reads the next into the other, so the copy adds almost nothing to the digest's time. The
-    // helper only reads the slice being digested; each file is used by one thread at a time.
-    std::array<QByteArray, 2> slices{QByteArray(kSliceBytes, Qt::Uninitialized),
-                                     QByteArray(kSliceBytes, Qt::Uninitialized)};
-    qint64 got = source.read(slices[0].data(), kSliceBytes);
-    for (size_t k = 0; got > 0; k ^= 1) {
-        const QByteArray& current = slices[k];
-        QByteArray& next = slices[k ^ 1];
-        auto writeAndReadAhead = std::async(std::launch::async, [&source, &target, &current, &next, got] {
-            if (target.write(current.constData(), got) != got) return qint64{-1};
-            return source.read(next.data(), kSliceBytes);
-        });
-        hash.addData(QByteArrayView(current.constData(), got));
-        got = writeAndReadAhead.get();
+    // The digest is the slow part: this thread reads and digests each slice, then hands it to a
+    // writer of its own, so the copy adds almost nothing to the digest's time. A few slices in
+    // flight keep either side from waiting on the other's turn at a busy processor. A slice belongs
+    // to one thread at a time; the semaphores pass it on, and a size of 0 ends the writer.
+    constexpr size_t kInFlight = 4;
+    std::array<QByteArray, kInFlight> slices;
+    std::array<qint64, kInFlight> sizes{};
+    QSemaphore free(kInFlight);
+    QSemaphore filled;
+    std::atomic<bool> writeFailed = false;
+    std::jthread writer([&] {
+        for (size_t i = 0;; i = (i + 1) % kInFlight) {
+            filled.acquire();
+            if (sizes[i] == 0) return;
+            if (!writeFailed && target.write(slices[i].constData(), sizes[i]) != sizes[i]) writeFailed = true;
+            free.release();
+        }
+    });
+    qint64 got = 0;
+    for (size_t i = 0;; i = (i + 1) % kInFlight) {
+        free.acquire();
+        if (slices[i].isEmpty()) slices[i] = QByteArray(kSliceBytes, Qt::Uninitialized);
+        // A failed write ends the reading too: what was read would go nowhere.
+        got = writeFailed ? -1 : source.read(slices[i].data(), kSliceBytes);
+        if (got > 0) hash.addData(QByteArrayView(slices[i].constData(), got));
+        sizes[i] = std::max<qint64>(got, 0);
+        filled.release();
+        if (got <= 0) break;
     }
-    if (got == 0 && target.flush()) return QString::fromLatin1(hash.result().toHex());
+    writer.join();
+    if (got == 0 && !writeFailed && target.flush()) return QString::fromLatin1(hash.result().toHex());
     target.close();
     target.remove();
     return QString();
