@@ -96,8 +96,8 @@ double since(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// One round of all four. The tool goes first in odd rounds and second in even ones: whichever side
-// runs second finds the other's gigabyte still being written back to the disk.
+// One round of all four. The tool goes first in odd rounds and second in even ones, so that neither
+// side always meets the page cache and write-back the other left.
 void BM_BundleRound(benchmark::State& state) {
     Scene& s = scene();
     for (auto _ : state) {
