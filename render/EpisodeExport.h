@@ -13,14 +13,17 @@
 
 #include <QString>
 #include <QStringList>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class AEEpisode;
 class AEShow;
 class AETimeLine;
 class SoXer;
+class TimelineMix;
 struct ExportScratch;
 
 struct ExportOptions {
@@ -70,7 +73,11 @@ public:
 private:
     EpisodeExport() = default;
     void report(const QString& phase, double percent) const;
-    QString deliverMp3(const QString& source, const QString& filter);
+    QString deliverMp3(TimelineMix& mix, const QString& filter);
+    // One pass over the mix, keeping the excerpt.
+    std::optional<LoudnessMeasure> measureMix(TimelineMix& mix);
+    // LU the gain, limiter and encoder take from the excerpt beyond the gain itself.
+    double chainLoss() const;
     QString writeSideFiles(const ExportReport& report) const;
 
     std::shared_ptr<AETimeLine> timeline_;
@@ -85,4 +92,5 @@ private:
     int channels_ = 2;
     bool mp3_ = true;
     double gain_ = 0;
+    std::vector<int16_t> excerpt_;
 };
