@@ -143,16 +143,17 @@ ExportOutcome EpisodeExport::perform() {
         if (!error.isEmpty()) return fail(error);
     } else {
         clock.restart();
-        report("Normalising", kRenderShare);
+        report(filter.isEmpty() ? "Rendering" : "Normalising", kRenderShare);
         const QString made = scratch_->dir.filePath("made.wav");
         if (filter.isEmpty()) {
-            if (!mix->writeWav(made)) return fail("cannot write " + made);
+            if (!mix->writeWav(made, [this, &mix] { reportStreamed(*mix, "Rendering"); }))
+                return fail("cannot write " + made);
         } else {
             ProcessRequest request{
                 soxUt_getFFMpegPath(),
                 loudness_normalisePipeArgs(channels_, made, gain_, options_.loudness.truePeakCeiling, kRate)};
             request.keepOutput = false;
-            request.input = [&mix] { return mix->readBytes(kPipeBlock); };
+            request.input = [this, &mix] { return streamed(*mix, "Normalising"); };
             runProcess(request);
             if (!fu_fileExists(made)) return fail("the loudness could not be normalised");
         }
@@ -215,8 +216,21 @@ QString EpisodeExport::deliverMp3(TimelineMix& mix, const QString& filter) {
     return {};
 }
 
+void EpisodeExport::reportStreamed(const TimelineMix& mix, const QString& phase) const {
+    const double share =
+        static_cast<double>(mix.framesRead()) / static_cast<double>(std::max<int64_t>(mix.frames(), 1));
+    report(phase, kRenderShare + (90 - kRenderShare) * share);
+}
+
+QByteArray EpisodeExport::streamed(TimelineMix& mix, const QString& phase) const {
+    QByteArray block = mix.readBytes(kPipeBlock);
+    reportStreamed(mix, phase);
+    return block;
+}
+
 std::optional<LoudnessMeasure> EpisodeExport::measureMix(TimelineMix& mix) {
-    LoudnessMeter meter(mix.rate, mix.channels);
+    // The gain needs the integrated loudness only; the report measures the file in full.
+    LoudnessMeter meter(mix.rate, mix.channels, false);
     // A few slices from across the episode, for the trial of the chain.
     const int64_t total = mix.frames();
     const int64_t slice = kExcerptSeconds * mix.rate;
@@ -244,7 +258,8 @@ std::optional<LoudnessMeasure> EpisodeExport::measureMix(TimelineMix& mix) {
                                 block.begin() + (to - position) * mix.channels);
         }
         position += got;
-        report("Measuring", kRenderShare / 2 * static_cast<double>(position) / std::max<int64_t>(total, 1));
+        report("Measuring",
+               kRenderShare / 2 * (1.0 + static_cast<double>(position) / std::max<int64_t>(total, 1)));
     }
     return meter.result();
 }

@@ -11,6 +11,7 @@
 #include "render/Loudness.h"
 #include "render/QXMp3Tags.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <cstdint>
@@ -74,6 +75,9 @@ private:
     EpisodeExport() = default;
     void report(const QString& phase, double percent) const;
     QString deliverMp3(TimelineMix& mix, const QString& filter);
+    // The next block for a tool's standard input, with the progress of the pass.
+    QByteArray streamed(TimelineMix& mix, const QString& phase) const;
+    void reportStreamed(const TimelineMix& mix, const QString& phase) const;
     // One pass over the mix, keeping the excerpt.
     std::optional<LoudnessMeasure> measureMix(TimelineMix& mix);
     // LU the gain, limiter and encoder take from the excerpt beyond the gain itself.

@@ -57,16 +57,19 @@ struct LoudnessMeter::State {
     unsigned channels = 0;
     int rate = 0;
     int64_t frames = 0;
+    bool full = true;
 };
 
-LoudnessMeter::LoudnessMeter(int rate, int channels) : state_(std::make_unique<State>()) {
+LoudnessMeter::LoudnessMeter(int rate, int channels, bool full) : state_(std::make_unique<State>()) {
     if (rate < 1 || channels < 1) return;
     state_->channels = static_cast<unsigned>(channels);
     state_->rate = rate;
     // A mono file is heard on both speakers: BS.1770 counts it as one channel, which is why the mono
     // target is 3 dB lower.
-    state_->meter.reset(ebur128_init(state_->channels, static_cast<unsigned long>(rate),
-                                     EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK));
+    state_->full = full;
+    state_->meter.reset(
+        ebur128_init(state_->channels, static_cast<unsigned long>(rate),
+                     full ? EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK : EBUR128_MODE_I));
 }
 
 LoudnessMeter::~LoudnessMeter() = default;
@@ -88,6 +91,8 @@ std::optional<LoudnessMeasure> LoudnessMeter::result() const {
     ebur128_state* meter = state_->meter.get();
     LoudnessMeasure out;
     ebur128_loudness_global(meter, &out.integrated);
+    out.seconds = static_cast<double>(state_->frames) / state_->rate;
+    if (!state_->full) return out;
     ebur128_loudness_range(meter, &out.range);
     double peak = 0;
     for (unsigned c = 0; c < state_->channels; ++c) {
@@ -96,7 +101,6 @@ std::optional<LoudnessMeasure> LoudnessMeter::result() const {
         peak = std::max(peak, channelPeak);
     }
     out.truePeak = peak > 0 ? 20.0 * std::log10(peak) : -INFINITY;
-    out.seconds = static_cast<double>(state_->frames) / state_->rate;
     return out;
 }
 

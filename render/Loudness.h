@@ -39,7 +39,9 @@ std::optional<LoudnessMeasure> loudness_measure(const QString& path);
 // A measurement fed block by block, for a mix that is streamed rather than written.
 class LoudnessMeter {
 public:
-    LoudnessMeter(int rate, int channels);
+    // Without `full` only the integrated loudness is measured, at a fraction of the cost: no range,
+    // no true peak (both 0).
+    LoudnessMeter(int rate, int channels, bool full = true);
     ~LoudnessMeter();
     LoudnessMeter(const LoudnessMeter&) = delete;
     LoudnessMeter& operator=(const LoudnessMeter&) = delete;

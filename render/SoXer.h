@@ -21,12 +21,10 @@
 
 #include <QDateTime>
 #include <QString>
-#include <QStringList>
 #include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <vector>
 
