@@ -94,7 +94,6 @@ void LaneStream::openPiece() {
         sourcePos_ = piece.loop && length > 0 ? piece.startFrame % length : piece.startFrame;
         if (!source_->isOpen() || !source_->seek(sourcePos_)) source_.reset();
     }
-    // Integer sources are within full scale already: only gain, fades and float sources need clipping.
     floatSource_ =
         source_ && (source_->subFormat() == SF_FORMAT_FLOAT || source_->subFormat() == SF_FORMAT_DOUBLE);
     spans_.clear();
@@ -207,8 +206,11 @@ int64_t LaneStream::readBody(float* out, int64_t frames) {
     }
     // A source that ends early leaves silence, so the lane keeps its time.
     std::fill(out + done * channels_, out + frames * channels_, 0.0f);
-    const bool untouched = piece.gain == 1.0 && piece.fadeOutFrames == 0 && !floatSource_;
-    for (int64_t f = 0; f < frames && !untouched; ++f) {
+    // Integer sources at unity gain are within full scale already: only a fade has work to do.
+    const int64_t fadeFrom = piece.fadeOutFrames > 0 ? total - piece.fadeOutFrames : total;
+    const int64_t first =
+        piece.gain != 1.0 || floatSource_ ? 0 : std::clamp<int64_t>(fadeFrom - shapedPos_, 0, frames);
+    for (int64_t f = first; f < frames; ++f) {
         const int64_t position = shapedPos_ + f;
         double multiplier = piece.gain;
         if (piece.fadeOutFrames > 0 && position >= total - piece.fadeOutFrames)

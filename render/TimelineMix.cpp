@@ -62,15 +62,20 @@ int64_t TimelineMix::read(int16_t* out, int64_t frames) {
     readLanes(frames);
     const int64_t got = got_.empty() ? 0 : *std::max_element(got_.begin(), got_.end());
     const auto samples = static_cast<size_t>(got * channels);
+    sum_.assign(samples, 0.0f);
+    for (size_t i = 0; i < lanes_.size(); ++i) {
+        const float* block = blocks_[i].data();
+        const auto n = static_cast<size_t>(got_[i] * channels);
+        for (size_t s = 0; s < n; ++s)
+            sum_[s] += block[s];
+    }
+    const auto toSteps = static_cast<float>(scale_ * 32768.0);
     for (size_t s = 0; s < samples; ++s) {
-        double sum = 0;
-        for (size_t i = 0; i < lanes_.size(); ++i)
-            if (s < static_cast<size_t>(got_[i] * channels)) sum += blocks_[i][s];
-        const double scaled = sum * scale_ * 32768.0;
+        float level = std::clamp(sum_[s] * toSteps, -32768.0f, 32767.0f);
         // Steps of the 16-bit grid pass as they are; anything between gets triangular dither.
-        double level = std::nearbyint(scaled);
-        if (level != scaled) level = std::nearbyint(scaled + uniform(noise_) - uniform(noise_));
-        out[s] = static_cast<int16_t>(std::clamp(level, -32768.0, 32767.0));
+        if (level != static_cast<float>(static_cast<int32_t>(level)))
+            level = std::clamp(level + uniform(noise_) - uniform(noise_), -32768.0f, 32767.0f);
+        out[s] = static_cast<int16_t>(level + (level >= 0 ? 0.5f : -0.5f));
     }
     framesRead_ += got;
     return got;

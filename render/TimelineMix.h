@@ -44,6 +44,7 @@ private:
     std::vector<LaneStream> lanes_;
     std::vector<std::vector<float>> blocks_;
     std::vector<int64_t> got_;
+    std::vector<float> sum_;
     double scale_;
     int64_t frames_ = 0;
     int64_t framesRead_ = 0;
