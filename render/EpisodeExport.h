@@ -2,7 +2,10 @@
 // One export as a podcaster publishes it: the timeline's mix (SoXer), brought to the loudness target
 // by one gain and a true-peak limiter when asked, encoded and tagged (title, notes, picture, ID3
 // chapters) for an MP3, then read back into an ExportReport, with the JSON report and the chapter
-// files beside it on request. The window's export and `zendrel export` both go through here.
+// files beside it on request. The window's export and `zendrel export` both go through here. The mix
+// is streamed, never kept as a file of its own: to normalise, a first pass measures it and a trial on an
+// excerpt finds what the limiter and the encoder take from it; the last pass is piped into the encoder
+// (or ffmpeg's normalising run) or written as the WAV.
 //
 // make() on the main thread (the timeline is duplicated there, as for every render); perform() on any
 // other thread. Progress is reported from the performing thread.
