@@ -1,6 +1,8 @@
 #include "app/cli/CommandLine.h"
 #include "app/core/AS.h"
+#include "app/core/SingleInstance.h"
 #include "app/windows/AppDelegate.h"
+#include "app/windows/AppWindow.h"
 #include "app/windows/TimelineViewController.h"
 #include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
@@ -13,13 +15,29 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <cstdio>
 #include <memory>
 
 namespace {
+// "zendrel FILE.zendepisode", as the desktop opens a bundle.
+QStringList bundleArguments() {
+    QStringList bundles;
+    for (const QString& argument : QApplication::arguments().mid(1))
+        if (argument.endsWith(".zendepisode", Qt::CaseInsensitive))
+            bundles << QFileInfo(argument).absoluteFilePath();
+    return bundles;
+}
+
 int runWindowed(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName("Zendrel");
     QApplication::setApplicationVersion(ZENDREL_VERSION);
+    SingleInstance instance;
+    if (!instance.becomePrimary()) {
+        if (instance.handOff(bundleArguments())) return 0;
+        std::fprintf(stderr, "zendrel: Zendrel is running but did not take the request\n");
+        return 1;
+    }
     QApplication::setWindowIcon(ih_icon("ZendrelAppIcon"));
     applyAppStyle(app);
 
@@ -33,13 +51,22 @@ int runWindowed(int argc, char** argv) {
     // The default sound device, or the null output when there is none.
     sharedAudioEngine().startDeviceOutput(prefs_getValueString("AEPreferences.outputDevice", "").toUtf8());
 
-    const int status = [&app] {
+    const int status = [&app, &instance] {
         auto delegate = std::make_shared<AppDelegate>();
         delegate->applicationDidFinishLaunching();
-        // "zendrel FILE.zendepisode", as the desktop opens a bundle.
-        for (const QString& argument : QApplication::arguments().mid(1))
-            if (argument.endsWith(".zendepisode", Qt::CaseInsensitive))
-                delegate->openBundleWhenReady(QFileInfo(argument).absoluteFilePath());
+        for (const QString& bundle : bundleArguments())
+            delegate->openBundleWhenReady(bundle);
+        // A later launch hands its bundles here and brings the window forward.
+        instance.received = [weak = std::weak_ptr<AppDelegate>(delegate)](const QStringList& bundles) {
+            const auto self = weak.lock();
+            if (!self) return;
+            for (const QString& bundle : bundles)
+                self->openBundleWhenReady(bundle);
+            if (AppWindow* window = self->window()) {
+                window->raise();
+                window->activateWindow();
+            }
+        };
         return app.exec();
     }();
     setUserInteraction(nullptr);

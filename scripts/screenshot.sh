@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Starts Zendrel on the smoke test's three-episode show under a virtual display and saves a picture
-# of the episode list to ./screenshots/. Needs xvfb-run and ImageMagick's `import` (manual use only).
+# of the episode list to ./screenshots/. Needs xvfb-run and ImageMagick's `import`, both installed by
+# scripts/setup.sh (manual use only).
 # Usage: scripts/screenshot.sh [build-dir]
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)

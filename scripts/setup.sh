@@ -13,7 +13,7 @@ packages=(
   sox libsox-fmt-all ffmpeg kid3-cli zip unzip curl espeak-ng
   libgtest-dev libgmock-dev libbenchmark-dev
   pulseaudio pulseaudio-utils
-  xvfb xauth python3 python3-mutagen clang-format
+  xvfb xauth python3 python3-mutagen clang-format imagemagick
 )
 
 missing=()

@@ -8,6 +8,8 @@
 #include "project/model/AssetColors.h"
 #include "project/panels/AEAssetNameVC.h"
 #include "project/panels/AssetTypeButtons.h"
+#include "timeline/model/AETimeLine.h"
+#include "timeline/model/SimpleRound.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -15,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QSlider>
 #include <QVBoxLayout>
 #include <cmath>
@@ -31,8 +34,10 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
       channels(new QLabel(this)), bitsPerSample(new QLabel(this)), ingested(new QLabel(this)),
       volumeGainSlider(new QSlider(Qt::Horizontal, this)), volumeGainValueLabel(new QLabel(this)),
       bgmPopUp(new QComboBox(this)), bgmSettingsButton(new QPushButton(tr("Music Settings..."), this)),
+      bgmAtPlayheadButton(new QPushButton(tr("At Playhead"), this)),
       relinkButton(new QPushButton(tr("Relink..."), this)), assetType(asset->type),
-      volumeGain(asset->volumeGain), bgmStart(asset->bgmStart), bgmId(asset->bgmId) {
+      volumeGain(asset->volumeGain), originalVolumeGain(asset->volumeGain), bgmStart(asset->bgmStart),
+      bgmId(asset->bgmId) {
     setWindowTitle(asset->name.isEmpty() ? tr("Asset Inspector") : tr("Asset Inspector: ") + asset->name);
     // Tenths of a dB, -40...+20.
     volumeGainSlider->setRange(-400, 200);
@@ -52,6 +57,7 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
     gain->addWidget(autoButton);
     auto* music = new QHBoxLayout;
     music->addWidget(bgmPopUp, 1);
+    music->addWidget(bgmAtPlayheadButton);
     music->addWidget(bgmSettingsButton);
 
     auto* form = new QFormLayout;
@@ -70,9 +76,10 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
     okButton->setDefault(true);
     buttons->addButton(relinkButton, QDialogButtonBox::ActionRole);
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(makePlayer(), 1);
     layout->addLayout(form);
     layout->addWidget(buttons);
-    resize(520, 420);
+    resize(760, 640);
 
     connect(volumeGainSlider, &QSlider::valueChanged, this, &AEAssetVC::volumeGainSlider_modified);
     connect(autoButton, &QPushButton::clicked, this, &AEAssetVC::autoGain);
@@ -83,21 +90,24 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
         panel->open();
     });
     connect(bgmSettingsButton, &QPushButton::clicked, this, &AEAssetVC::openBGMSettings);
+    connect(bgmAtPlayheadButton, &QPushButton::clicked, this, &AEAssetVC::setBGMMarker);
     connect(bgmPopUp, &QComboBox::activated, this, [this](int index) {
         if (index == kNotSet) {
             bgmStart = 0;
             bgmId.clear();
         } else if (const QString id = bgmPopUp->itemData(index).toString(); !id.isEmpty()) {
-            for (const auto& marker : asset->markers)
+            for (const auto& marker : bgmCandidates())
                 if (marker->id == id) {
                     bgmStart = marker->inTime;
                     bgmId = id;
+                    assetTimeline->setPlayheadTime(bgmStart, true);
                 }
         }
     });
     connect(relinkButton, &QPushButton::clicked, this, [this] {
         asset->chooseAndRelink();
         fill();
+        placeAsset();
     });
     cleanButton = buttons->addButton(tr("Clean…"), QDialogButtonBox::ActionRole);
     connect(cleanButton, &QPushButton::clicked, this, [this] {
@@ -110,6 +120,18 @@ AEAssetVC::AEAssetVC(std::shared_ptr<AEAsset> assetToEdit, QWidget* parent)
     connect(buttons, &QDialogButtonBox::accepted, this, &AEAssetVC::ok_pressed);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     fill();
+}
+
+AEAssetVC::~AEAssetVC() {
+    // Gone with its owner before an answer: as Cancel.
+    if (!playerClosed_) asset->volumeGain = originalVolumeGain;
+    closePlayer();
+}
+
+void AEAssetVC::done(int result) {
+    if (result != Accepted) asset->volumeGain = originalVolumeGain;
+    closePlayer();
+    QDialog::done(result);
 }
 
 void AEAssetVC::showEvent(QShowEvent* event) {
@@ -128,7 +150,11 @@ void AEAssetVC::fill() {
     bitsPerSample->setText(QString::number(asset->bitDepth));
     ingested->setText(asset->ingested ? "YES" : "NO");
     typeButtons->setChecked(assetType);
-    volumeGainSlider->setValue(static_cast<int>(std::lround(volumeGain * 10)));
+    {
+        // Showing the gain is not choosing it: a gain between slider steps stays as it is.
+        const QSignalBlocker quiet(volumeGainSlider);
+        volumeGainSlider->setValue(static_cast<int>(std::lround(volumeGain * 10)));
+    }
     volumeGainValueLabel->setText(gainText(volumeGain));
     prepareBGMPopUp();
 }
@@ -137,13 +163,36 @@ void AEAssetVC::prepareBGMPopUp() {
     bgmPopUp->clear();
     bgmPopUp->addItem(tr("Not Set"));
     bgmPopUp->insertSeparator(1);
-    for (const auto& marker : asset->markers)
+    for (const auto& marker : bgmCandidates())
         bgmPopUp->addItem(tc_getFloatTimecode(marker->inTime) + "  " + marker->notes, marker->id);
     const int at = bgmPopUp->findData(bgmId);
     bgmPopUp->setCurrentIndex(at >= 0 ? at : kNotSet);
     const bool isMusic = assetType == AEAssetType::bgm;
     bgmPopUp->setEnabled(isMusic);
     bgmSettingsButton->setEnabled(isMusic);
+    bgmAtPlayheadButton->setEnabled(isMusic);
+}
+
+std::vector<std::shared_ptr<AEMarker>> AEAssetVC::bgmCandidates() const {
+    auto markers = asset->markers;
+    if (pendingMarker_) markers.push_back(pendingMarker_);
+    return markers;
+}
+
+void AEAssetVC::setBGMMarker() {
+    // The one item starts at 0 with the whole file: timeline time is asset time.
+    const double at = simpleRound(assetTimeline->getPlayHeadTime());
+    std::shared_ptr<AEMarker> marker;
+    for (const auto& candidate : asset->markers)
+        if (simpleRound(candidate->inTime) == at) marker = candidate;
+    if (!marker) {
+        pendingMarker_ =
+            std::make_shared<AEMarker>(at, std::nullopt, AEMarkerType::bgmStart, tr("BGM Start"));
+        marker = pendingMarker_;
+    }
+    bgmStart = at;
+    bgmId = marker->id;
+    prepareBGMPopUp();
 }
 
 QString AEAssetVC::gainText(double dB) {
@@ -160,15 +209,18 @@ void AEAssetVC::typePressed(AEAssetType type) {
 void AEAssetVC::volumeGainSlider_modified(int tenthsOfDb) {
     volumeGain = tenthsOfDb / 10.0;
     volumeGainValueLabel->setText(gainText(volumeGain));
+    // Heard at once; done() puts the original back unless OK.
+    asset->volumeGain = volumeGain;
+    assetTimeline->updateVolumeFromOutside();
 }
 
 void AEAssetVC::autoGain() {
-    // Measured on the asset, kept in the panel until OK.
-    const double before = asset->volumeGain;
     asset->autoGain(false);
-    volumeGain = asset->volumeGain;
-    asset->volumeGain = before;
-    volumeGainSlider->setValue(static_cast<int>(std::lround(volumeGain * 10)));
+    {
+        const QSignalBlocker quiet(volumeGainSlider);
+        volumeGainSlider->setValue(static_cast<int>(std::lround(asset->volumeGain * 10)));
+    }
+    volumeGainSlider_modified(volumeGainSlider->value());
 }
 
 void AEAssetVC::openBGMSettings() {
@@ -193,6 +245,7 @@ void AEAssetVC::ok_pressed() {
     asset->bgmStart = bgmStart;
     asset->bgmId = bgmId;
     if (pendingBGMSettings) asset->bgmSettings = pendingBGMSettings;
+    if (pendingMarker_ && pendingMarker_->id == bgmId) asset->markers.push_back(pendingMarker_);
     if (assetInspectorVCDone) assetInspectorVCDone(asset, asset->name, asset->type);
     accept();
 }

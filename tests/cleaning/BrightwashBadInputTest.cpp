@@ -3,7 +3,6 @@
 #include "foundation/Prog.h"
 #include "render/tools/ProcessRunner.h"
 
-#include <QTemporaryFile>
 #include <atomic>
 #include <thread>
 #include <unistd.h>
@@ -78,49 +77,40 @@ TEST_F(BrightwashBadInput, FailuresSayWhyAndLeaveNothing) {
     cleanKeepingSource(noise("hiss.wav", 3.0, 0.3, kRate), denoise);
 }
 
-TEST_F(BrightwashBadInput, CancelStopsTheToolInFlightAndLeavesNothing) {
-    const QString source = noise("long.wav", 60.0, 0.3, kRate);
-    const QByteArray before = digest(source);
-    BrightwashSetting settings = Brightwash::loadSettings();
-    settings.doDenoiser = true;
-    auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
-    auto run = Brightwash::make(source, settings, prog, {});
-    std::atomic<bool> cancelled{false};
-    // Cancels once the denoiser's tools are at work.
-    std::thread canceller([&] {
-        while (!prog->state().phaseTitle.startsWith("Denoise") && !cancelled)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
-        run->cancel();
-        cancelled = true;
-    });
-    run->start();
-    cancelled = true;
-    canceller.join();
-    EXPECT_EQ(run->error(), "Cancelled.");
-    EXPECT_FALSE(QFileInfo::exists(run->resultPath()));
-    EXPECT_EQ(digest(source), before);
-    run.reset();
-    EXPECT_EQ(leftovers(), QStringList());
-}
-
-TEST_F(BrightwashBadInput, SourceVanishingMidRunStopsCleanly) {
-    const QString source = noise("gone.wav", 20.0, 0.3, kRate);
-    BrightwashSetting settings = Brightwash::loadSettings();
-    settings.doDenoiser = true;
-    auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
-    auto run = Brightwash::make(source, settings, prog, {});
-    std::thread remover([&] {
-        while (!prog->state().phaseTitle.startsWith("Denoise"))
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        QFile::remove(source);
-    });
-    run->start();
-    remover.join();
-    EXPECT_TRUE(run->error().contains("disappeared")) << run->error().toStdString();
-    EXPECT_FALSE(QFileInfo::exists(run->resultPath()));
-    run.reset();
-    EXPECT_EQ(leftovers(), QStringList());
+// Once the denoiser's tools are at work: a cancel, or the source removed from under the run.
+TEST_F(BrightwashBadInput, CancelOrAVanishedSourceStopsTheToolInFlightAndLeavesNothing) {
+    for (const bool cancel : {true, false}) {
+        SCOPED_TRACE(cancel ? "cancel" : "source removed");
+        const QString source = noise(cancel ? "long.wav" : "gone.wav", cancel ? 60.0 : 20.0, 0.3, kRate);
+        const QByteArray before = digest(source);
+        BrightwashSetting settings = Brightwash::loadSettings();
+        settings.doDenoiser = true;
+        auto prog = Prog::make(ProgType::double_, {}, 0.25, Brightwash::getNphases(settings));
+        auto run = Brightwash::make(source, settings, prog, {});
+        std::atomic<bool> ended{false};
+        std::thread meddler([&] {
+            while (!prog->state().phaseTitle.startsWith("Denoise") && !ended)
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            if (!cancel) {
+                QFile::remove(source);
+                return;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(150));
+            run->cancel();
+        });
+        run->start();
+        ended = true;
+        meddler.join();
+        if (cancel) {
+            EXPECT_EQ(run->error(), "Cancelled.");
+            EXPECT_EQ(digest(source), before);
+        } else {
+            EXPECT_TRUE(run->error().contains("disappeared")) << run->error().toStdString();
+        }
+        EXPECT_FALSE(QFileInfo::exists(run->resultPath()));
+        run.reset();
+        EXPECT_EQ(leftovers(), QStringList());
+    }
 }
 
 // The temporaries go beside the source: a small file system holding it fills up at once.

@@ -97,12 +97,10 @@ TEST_F(BrightwashBatchTest, CancelStopsEveryToolAndLeavesNothing) {
 TEST_F(BrightwashBatchTest, StereoFileHasItsChannelsCleanedApart) {
     // Left: speech, a second of held buzz, speech. Right: the same speech, then a second of hiss. Only
     // the left loses its second; joined again, it ends in the padding the shorter channel gets.
-    const QString rate = QString::number(kRate);
-    const QString buzz = path("buzz.wav"), hiss = path("hiss.wav");
-    run("/usr/bin/sox", {"-n",       "-r",  rate,      "-c",  "1",   "-b",  "16",   buzz,   "synth", "1",
-                         "sawtooth", "125", "lowpass", "900", "vol", "0.5", "fade", "0.01", "0",     "0.01"});
-    run("/usr/bin/sox",
-        {"-R", "-n", "-r", rate, "-c", "1", "-b", "16", hiss, "synth", "1", "whitenoise", "vol", "0.3"});
+    const QString buzz = heldSound("buzz.wav", 1);
+    const QString hiss = path("hiss.wav");
+    run("/usr/bin/sox", {"-R", "-n", "-r", QString::number(kRate), "-c", "1", "-b", "16", hiss, "synth", "1",
+                         "whitenoise", "vol", "0.3"});
     const QString s1 = speech("s1.wav", "We looked at the numbers together");
     const QString s2 = speech("s2.wav", "and then we decided to start over");
     const QString stereo =

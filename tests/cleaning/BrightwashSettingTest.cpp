@@ -1,7 +1,7 @@
 #include "cleaning/Brightwash.h"
-#include "cleaning/BrightwashKeys.h"
 #include "foundation/Prefs.h"
 
+#include <QFile>
 #include <QJsonDocument>
 #include <gtest/gtest.h>
 
@@ -12,30 +12,10 @@ protected:
     void SetUp() override { forgetAll(); }
     void TearDown() override { forgetAll(); }
 
+    // Every key, whichever form wrote it: the process's own preferences file goes.
     static void forgetAll() {
-        using namespace bwKeys;
-        for (const char* key : {doDenoise,           doGate,
-                                doCompressor,        doEq,
-                                doRemoveHum,         doRemovePauses,
-                                doEraseUhm,          denoiseAmount,
-                                pauseMaxLength,      pauseThresholdRead,
-                                pauseThresholdWrite, cleanFormat,
-                                cleanSuffix,         gateAutoThreshold,
-                                gateThreshold,       gateDecay,
-                                gateMinDuration,     gateFadeIn,
-                                gateFadeOut,         gateNoisy,
-                                gateHysteresisRead,  gateHysteresisWrite,
-                                gateNormalize,       gatePreRoll,
-                                gateNoiseLevel,      compRatioRead,
-                                compGainRead,        compAttackRead,
-                                compDecayRead,       compRatioWrite,
-                                compGainWrite,       compAttackWrite,
-                                compDecayWrite,      uhmInterval,
-                                uhmMinimumLength,    uhmThreshold,
-                                uhmCrossDissolve,    "BrightwashSettings"})
-            prefs_removeKey(key);
-        for (const char* key : eqBands)
-            prefs_removeKey(key);
+        QFile::remove(prefs_filePath());
+        prefs_reload();
     }
 };
 

@@ -58,6 +58,17 @@ protected:
         return mix(name, {clean, pinkAt, hum});
     }
 
+    // A held, vowel-like sound (a buzz through a low-pass), as a hesitation sounds.
+    QString heldSound(const QString& name, double seconds) {
+        const QString out = path(name);
+        const QStringList effects{"sawtooth", "125",  "lowpass", "900", "vol",
+                                  "0.5",      "fade", "0.01",    "0",   "0.01"};
+        run("/usr/bin/sox", QStringList{"-n", "-r", QString::number(kRate), "-c", "1", "-b", "16", out,
+                                        "synth", QString::number(seconds)} +
+                                effects);
+        return out;
+    }
+
     // The level in dBFS (RMS) of the 50 Hz hum: the file through a steep band-pass of 45...55 Hz.
     double humDb(const QString& file) {
         const QString band = path("band.wav");

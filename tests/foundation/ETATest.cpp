@@ -8,14 +8,11 @@ QDateTime secondsAgo(int s) {
 }
 } // namespace
 
-TEST(ETA, SecondsToGoAssumesTheSamePace) {
+TEST(ETA, SecondsToGoAssumesTheSamePaceAndNoProgressCountsAsTheSmallestFraction) {
     EXPECT_NEAR(ETA::secondsToGo(secondsAgo(10), 0.5), 10, 1);
     EXPECT_NEAR(ETA::secondsToGo(secondsAgo(30), 0.25), 90, 1);
     EXPECT_EQ(ETA::secondsToGo(secondsAgo(30), 1.0), 0);
     EXPECT_EQ(ETA::secondsToGo(secondsAgo(30), 1.5), 0);
-}
-
-TEST(ETA, NoProgressCountsAsTheSmallestFraction) {
     // p = 0.00001: 2 s so far means about 2 × 99999 s to go, not a division by zero.
     // A loaded machine may add a few hundred milliseconds, each worth 100 s here.
     const QDateTime start = secondsAgo(2);

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(Interaction, ScriptedDoorAnswersFromItsQueuesThenDefaults) {
+TEST(Interaction, ScriptedDoorAnswersFromItsQueuesThenDefaultsAndAlertsReachTheLog) {
     auto door = std::make_shared<ScriptedInteraction>();
     setUserInteraction(door);
     door->queueConfirm(false);
@@ -17,13 +17,9 @@ TEST(Interaction, ScriptedDoorAnswersFromItsQueuesThenDefaults) {
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0], "confirm: Warning | Really? -> Cancel");
     EXPECT_EQ(lines[2], "selectFolder: Choose | msg | /start -> /tmp/chosen");
-    setUserInteraction(nullptr);
-}
 
-TEST(Interaction, AlertsReachTheLog) {
     std::vector<QString> seen;
     const int token = addLogSink([&](const QString& l) { seen.push_back(l); });
-    setUserInteraction(std::make_shared<ScriptedInteraction>());
     Warning("Warning", "This feature is not yet implemented.");
     removeLogSink(token);
     ASSERT_FALSE(seen.empty());

@@ -53,12 +53,18 @@ TEST(Prog, TotalIsFinishedPhasesPlusTheShareOfTheCurrent) {
     EXPECT_DOUBLE_EQ(prog->getTotalPercentage(), 0.625);
 }
 
-TEST(Prog, NewPhaseClearsTheSubphase) {
+TEST(Prog, NewPhaseClearsTheSubphaseWhoseSettersStayWithinZeroAndOne) {
     auto prog = Prog::make(ProgType::double_, {}, 0.1, 2);
     prog->newPhase("Converting");
+    prog->subPhaseSetRatio(3, 0);
+    EXPECT_EQ(prog->state().subPhasePercentage, 0.0);
+    prog->subPhaseSetPercentage(1.7);
+    EXPECT_EQ(prog->state().subPhasePercentage, 1.0);
     prog->newSubPhase("Steps", SubPhaseType::counter, 8);
     prog->subPhaseSetCounter(6);
     EXPECT_DOUBLE_EQ(prog->state().subPhasePercentage, 0.75);
+    prog->subPhaseSetCounter(9);
+    EXPECT_EQ(prog->state().subPhasePercentage, 1.0);
     prog->newPhase("Mixing");
     const ProgState s = prog->state();
     EXPECT_EQ(s.currentPhase, 2);
@@ -68,18 +74,6 @@ TEST(Prog, NewPhaseClearsTheSubphase) {
     EXPECT_EQ(s.subPhasePercentage, 0.0);
     EXPECT_TRUE(s.subPhaseTitle.isEmpty());
     EXPECT_DOUBLE_EQ(prog->getTotalPercentage(), 0.5);
-}
-
-TEST(Prog, SubphaseSettersStayWithinZeroAndOne) {
-    auto prog = Prog::make(ProgType::double_, {}, 0.1, 1);
-    prog->newPhase("p");
-    prog->subPhaseSetRatio(3, 0);
-    EXPECT_EQ(prog->state().subPhasePercentage, 0.0);
-    prog->subPhaseSetPercentage(1.7);
-    EXPECT_EQ(prog->state().subPhasePercentage, 1.0);
-    prog->newSubPhase("count", SubPhaseType::counter, 4);
-    prog->subPhaseSetCounter(9);
-    EXPECT_EQ(prog->state().subPhasePercentage, 1.0);
 }
 
 TEST(Prog, RefreshFillsOnlyTheViewsOfItsType) {

@@ -24,23 +24,30 @@ std::function<void()> onTimeline(const std::weak_ptr<AETimeLine>& weak, void (AE
     };
 }
 
+// One name has one running timer, so an asset's own editor ticks under names of its own: starting
+// its timers must not stop the episode's.
+QString timerName(const AETimeLine& tl, const QString& base) {
+    return tl.timelineEditor == AETimelineEditor::normal ? base : base + "." + tl.id;
+}
+
 } // namespace
 
 void AETimeLine::startTimers() {
     std::weak_ptr<AETimeLine> weak = weak_from_this();
-    commonIdleTimer = QXTimer::loop("AETimeLine.commonIdle", commonIdleInterval, false,
+    commonIdleTimer = QXTimer::loop(timerName(*this, "AETimeLine.commonIdle"), commonIdleInterval, false,
                                     onTimeline(weak, &AETimeLine::idle));
     if (timelineEditor == AETimelineEditor::normal)
-        lowPriorityIdleTimer = QXTimer::loop("AETimeLine.lowPriorityIdle", lowPriorityIdleInterval, false,
-                                             onTimeline(weak, &AETimeLine::lowPriorityidle));
-    commonFastIdleTimer = QXTimer::loop("AETimeLine.commonFastIdle", commonFastIdleInterval, false,
-                                        onTimeline(weak, &AETimeLine::idleFast));
+        lowPriorityIdleTimer =
+            QXTimer::loop(timerName(*this, "AETimeLine.lowPriorityIdle"), lowPriorityIdleInterval, false,
+                          onTimeline(weak, &AETimeLine::lowPriorityidle));
+    commonFastIdleTimer = QXTimer::loop(timerName(*this, "AETimeLine.commonFastIdle"), commonFastIdleInterval,
+                                        false, onTimeline(weak, &AETimeLine::idleFast));
 }
 
 void AETimeLine::startPlayIdle() {
     std::weak_ptr<AETimeLine> weak = weak_from_this();
     // Triggered at once as well, so the first clips start without waiting for the tick.
-    playIdleTimer = QXTimer::loop("AETimeLine.playingIdle", playIdleInterval, true,
+    playIdleTimer = QXTimer::loop(timerName(*this, "AETimeLine.playingIdle"), playIdleInterval, true,
                                   onTimeline(weak, &AETimeLine::playingIdle));
 }
 

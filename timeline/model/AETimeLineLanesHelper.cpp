@@ -42,6 +42,8 @@ void AETimeLineLanesHelper::setSetup(AETimeLineLanesViewSetup setup) {
 }
 
 AETimeLineLanesHelper::Fractions AETimeLineLanesHelper::setupLanes(const AETimeLine& tl) {
+    // An asset's own editor with nothing attached gives its one item the whole height.
+    if (tl.timelineEditor == AETimelineEditor::asset && tl.attachedItems.empty()) return {0.0, 1.0, 0.0};
     switch (lanesViewSetup.load()) {
     case AETimeLineLanesViewSetup::bgm:
         return {0.15, 0.65, 0.2};

@@ -196,6 +196,9 @@ void AEAssetRecorderVC::prepareRecordingAsset() {
     recordingAsset = AEAsset::make(args);
     if (audioRecorder) audioRecorder->setRecordingFile(recordingPath);
     assetTimeline = AETimeLine::make("assetRecorder");
+    // An asset's own editor: its ticks must not stop the episode window's, and the growing take is
+    // never cleaned away as too short.
+    assetTimeline->timelineEditor = AETimelineEditor::asset;
     // A headless view: the model edits only a timeline that has one.
     assetTimeline->setView(takeView_->width(), takeView_->height(), QPointF(0, 0));
     assetTimeline->setInsetViewSize();

@@ -21,9 +21,6 @@ TEST(ASCommandsTest, ItemsLiveInTheUsersDataFolderAndComeFromTheRepository) {
 
     prefs_setValueString("AS.repositoryBase", "https://example.invalid/downloads/");
     EXPECT_EQ(AS::remotePathFor("sxh"), "https://example.invalid/downloads/ZendrelUtils/sxh.zip");
-    const ASItem item = AS::itemFor("fmh");
-    EXPECT_EQ(item.localPath, AS::getItemInASFolder("fmh"));
-    EXPECT_EQ(item.remotePath, "https://example.invalid/downloads/ZendrelUtils/fmh.zip");
     prefs_removeKey("AS.repositoryBase");
     EXPECT_EQ(AS::repositoryBase(), "");
 }

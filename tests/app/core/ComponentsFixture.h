@@ -6,6 +6,7 @@
 #include "app/core/Boot.h"
 #include "app/core/ProcessExit.h"
 #include "foundation/Prefs.h"
+#include "support/EventWait.h"
 #include "support/ScriptedSession.h"
 
 #include <QProcess>

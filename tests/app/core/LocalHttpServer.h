@@ -3,13 +3,9 @@
 // It picks its own free port and sends files in 4 KB pieces 50 ms apart, so a large file takes long
 // enough to watch it grow. The process is killed when the object goes.
 
-#include <QCoreApplication>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QString>
-#include <QThread>
-#include <chrono>
-#include <functional>
 
 class LocalHttpServer {
 public:
@@ -57,14 +53,3 @@ server.serve_forever()
     QProcess process_;
     int port_ = 0;
 };
-
-// Lets queued main-thread work and timers run while waiting for a condition.
-inline bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 20000) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        QThread::msleep(5);
-    }
-    return true;
-}

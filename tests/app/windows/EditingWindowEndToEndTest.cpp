@@ -4,28 +4,17 @@
 // to the list with the timeline and the modified date on disk.
 
 #include "WindowSession.h"
-#include "app/windows/AppDelegate.h"
-#include "app/windows/AppWindow.h"
 #include "app/windows/AssetListWidget.h"
 #include "app/windows/MarkerInspectorVC.h"
 #include "app/windows/TimelineExport.h"
-#include "app/windows/TimelineViewController.h"
-#include "foundation/Interaction.h"
-#include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEEpisode.h"
 #include "project/model/AEIngest.h"
 #include "project/model/AEShow.h"
-#include "project/model/Globals.h"
-#include "project/panels/EpisodeListModel.h"
-#include "project/panels/MainViewController.h"
-#include "support/EventWait.h"
-#include "support/TestEnvironment.h"
-#include "timeline/model/AEDrag.h"
+#include "support/TestAudio.h"
 #include "timeline/model/AEDucking.h"
 #include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeList.h"
-#include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/view/TimelineWidget.h"
 #include "ui/CustomSaveDialog.h"
@@ -35,40 +24,27 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDropEvent>
-#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
-#include <QListView>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QProcess>
 #include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
 #include <QUrl>
-#include <gtest/gtest.h>
 
 namespace {
 
-void sox(const QStringList& args) {
-    QProcess p;
-    p.start("/usr/bin/sox", args);
-    ASSERT_TRUE(p.waitForFinished(30000));
-}
-
 QString tone(const QString& path, double seconds, int hz) {
-    sox({"-n", "-r", "44100", "-c", "2", "-b", "16", path, "synth", QString::number(seconds), "sine",
-         QString::number(hz), "vol", "0.3"});
+    TestAudio::run("/usr/bin/sox", {"-n", "-r", "44100", "-c", "2", "-b", "16", path, "synth",
+                                    QString::number(seconds), "sine", QString::number(hz), "vol", "0.3"});
     return path;
 }
 
 QJsonObject ffprobe(const QString& path) {
     QProcess p;
-    p.start("ffprobe", {"-v", "quiet", "-print_format", "json", "-show_format", "-show_chapters",
-                        "-show_streams", path});
+    p.start("ffprobe", {"-v", "quiet", "-print_format", "json", "-show_format", "-show_chapters", path});
     p.waitForFinished(30000);
     return QJsonDocument::fromJson(p.readAllStandardOutput()).object();
 }
@@ -81,19 +57,12 @@ protected:
         testenv::useStoreWorkFolder();
         const QString ingests = AEIngest::ingestPath;
         AEShow show("E2E Show");
-        show.notes = "Show notes";
         show.commonAssets.push_back(
             commonAsset(tone(ingests + "jingle.wav", 1.0, 880), "Jingle", AEAssetType::jingle));
         show.commonAssets.push_back(
             commonAsset(tone(ingests + "music.wav", 12.0, 220), "Music", AEAssetType::bgm));
         auto episode = std::make_shared<AEEpisode>("E1", "Pilot", "", folder);
-        episode->notes = "Episode notes";
-        episode->publicationDate = QDateTime(QDate(2024, 5, 1), QTime(9, 0));
         episode->modificationDate = QDateTime::currentDateTime().addDays(-3);
-        QImage picture(64, 64, QImage::Format_RGB32);
-        picture.fill(Qt::darkCyan);
-        ASSERT_TRUE(picture.save(folder + "cover.png"));
-        episode->imagePath = folder + "cover.png";
         show.episodes.push_back(episode);
         ASSERT_TRUE(show.save(folder + "show.AEShow"));
         timelinePath = episode->timelineDataPath;
@@ -260,18 +229,12 @@ TEST_F(EditingWindowEndToEnd, OpenEditHearExportAndCloseBackToTheList) {
     const QJsonObject probe = ffprobe(mp3);
     EXPECT_NEAR(probe["format"].toObject()["duration"].toString().toDouble(), tl()->getTimelineOutTime(),
                 0.15);
-    const QJsonObject tags = probe["format"].toObject()["tags"].toObject();
-    EXPECT_EQ(tags["title"].toString(), "Pilot");
-    EXPECT_EQ(tags["genre"].toString(), "Podcast");
-    EXPECT_TRUE(tags["date"].toString().startsWith("2024"));
+    // The episode reaches the export; its tags and picture are the export tests' concern.
+    EXPECT_EQ(probe["format"].toObject()["tags"].toObject()["title"].toString(), "Pilot");
     const QJsonArray chapters = probe["chapters"].toArray();
     ASSERT_EQ(chapters.size(), 2);
     EXPECT_EQ(chapters[0].toObject()["tags"].toObject()["title"].toString(), "Intro");
     EXPECT_EQ(chapters[1].toObject()["tags"].toObject()["title"].toString(), "Second part");
-    bool picture = false;
-    for (const auto& stream : probe["streams"].toArray())
-        picture |= stream.toObject()["disposition"].toObject()["attached_pic"].toInt() == 1;
-    EXPECT_TRUE(picture);
 
     // Close back to the list; the list's timer finishes the hand-over.
     const size_t items = tl()->mainLane.size() + tl()->attachedItems.size();

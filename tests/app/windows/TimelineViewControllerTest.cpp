@@ -1,5 +1,5 @@
 // The editing window's rules without pixels: where each insert button puts an asset, the hover
-// menu's width limit, autosave while playing, redo, and bad input through the window (drops and
+// menu's width limit, undo and redo, autosave while playing, and bad input through the window (drops and
 // exports that cannot work) leaving the timeline as it was with a clear message.
 
 #include "app/windows/TimelineViewController.h"
@@ -14,28 +14,23 @@
 #include "project/panels/MainViewController.h"
 #include "support/EventWait.h"
 #include "support/ScriptedSession.h"
+#include "support/TestAudio.h"
 #include "support/TestEnvironment.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "timeline/view/TimelineWidget.h"
 
 #include <QDir>
-#include <QFile>
 #include <QMenu>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace {
 
 QString tone(const QString& path, double seconds) {
-    QProcess p;
-    p.start("/usr/bin/sox", {"-n", "-r", "44100", "-c", "1", "-b", "16", path, "synth",
-                             QString::number(seconds), "sine", "440", "vol", "0.3"});
-    p.waitForFinished(30000);
+    TestAudio::run("/usr/bin/sox", {"-n", "-r", "44100", "-c", "1", "-b", "16", path, "synth",
+                                    QString::number(seconds), "sine", "440", "vol", "0.3"});
     return path;
 }
 
@@ -129,6 +124,15 @@ TEST_F(TimelineViewControllerTest, EachInsertPutsTheAssetWhereItsRuleSays) {
     EXPECT_EQ(episode->timeline, vc->timeline()) << "the episode follows the undo";
     c.redo();
     EXPECT_EQ(tl().mainLane.size(), 4u);
+
+    // Autosave runs while playing.
+    tl().play();
+    c.autoSave();
+    EXPECT_TRUE(tl().playing);
+    const auto saved = AETimeLine::load(episode->timelineDataPath);
+    ASSERT_NE(saved, nullptr);
+    EXPECT_EQ(saved->mainLane.size(), 4u);
+    tl().pause();
 }
 
 TEST_F(TimelineViewControllerTest, HoverMenuOnlyOnItemsFiftyPixelsWide) {
@@ -152,18 +156,6 @@ TEST_F(TimelineViewControllerTest, HoverMenuOnlyOnItemsFiftyPixelsWide) {
     hover(4.07);
     EXPECT_FALSE(vc->hamburgerButton()->isVisible());
     EXPECT_EQ(vc->hoverItem(), nullptr);
-}
-
-TEST_F(TimelineViewControllerTest, AutosaveRunsWhilePlaying) {
-    choose(-1, 0);
-    vc->commands().performInsert();
-    tl().play();
-    vc->commands().autoSave();
-    EXPECT_TRUE(tl().playing);
-    const auto saved = AETimeLine::load(episode->timelineDataPath);
-    ASSERT_NE(saved, nullptr);
-    EXPECT_EQ(saved->mainLane.size(), 1u);
-    tl().pause();
 }
 
 TEST_F(TimelineViewControllerTest, BadDropsAreToldAndLeaveTheTimelineAlone) {

@@ -25,20 +25,11 @@ protected:
 
 } // namespace
 
-TEST_F(WorkingFolderVCTest, ShowsTheFolderAndTitleWithTheirDefaults) {
-    WorkingFolderVC given(delegate, QString("/home/me/Zendrel"),
-                          QString("Please Choose Zendrel Working Folder"));
-    EXPECT_EQ(given.currentWF()->text(), "/home/me/Zendrel");
-    EXPECT_TRUE(given.currentWF()->isReadOnly());
-    EXPECT_EQ(given.windowTitle(), "Please Choose Zendrel Working Folder");
-
-    WorkingFolderVC bare(delegate, std::nullopt, std::nullopt);
-    EXPECT_EQ(bare.currentWF()->text(), "");
-    EXPECT_EQ(bare.windowTitle(), "Select Working Folder");
-}
-
 TEST_F(WorkingFolderVCTest, ChangeAsksForAFolderAndHandsItToTheDelegate) {
     WorkingFolderVC panel(delegate, QString("/old"), QString("Please Choose Zendrel Working Folder"));
+    EXPECT_EQ(panel.currentWF()->text(), "/old");
+    EXPECT_TRUE(panel.currentWF()->isReadOnly());
+    EXPECT_EQ(panel.windowTitle(), "Please Choose Zendrel Working Folder");
     door->queuePath("/new folder");
     panel.changeButton()->click();
 
@@ -53,8 +44,10 @@ TEST_F(WorkingFolderVCTest, ChangeAsksForAFolderAndHandsItToTheDelegate) {
     EXPECT_EQ(panel.currentWF()->text(), "/new folder");
 }
 
-TEST_F(WorkingFolderVCTest, MoveOnlyWarnsAndOkCloses) {
-    WorkingFolderVC panel(delegate, QString("/old"), std::nullopt);
+TEST_F(WorkingFolderVCTest, WithoutFolderOrTitleMoveOnlyWarnsAndOkCloses) {
+    WorkingFolderVC panel(delegate, std::nullopt, std::nullopt);
+    EXPECT_EQ(panel.currentWF()->text(), "");
+    EXPECT_EQ(panel.windowTitle(), "Select Working Folder");
     panel.show();
     panel.moveButton()->click();
     EXPECT_EQ(transcript(), QStringList({"alert: Warning | This feature is not yet implemented."}));

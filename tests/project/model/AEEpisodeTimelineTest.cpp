@@ -53,13 +53,10 @@ TEST_F(AEEpisodeTimeline, SavedTimelineComesBackFromItsDataPath) {
     EXPECT_TRUE(door->transcript().empty());
 }
 
-TEST_F(AEEpisodeTimeline, SavingWithoutATimelineWritesNothing) {
+TEST_F(AEEpisodeTimeline, AMissingOrUnreadableFileGivesANewEmptyTimeline) {
     episode->timeline = nullptr;
     episode->saveTimeline();
-    EXPECT_FALSE(QFile::exists(episode->timelineDataPath));
-}
-
-TEST_F(AEEpisodeTimeline, AMissingOrUnreadableFileGivesANewEmptyTimeline) {
+    ASSERT_FALSE(QFile::exists(episode->timelineDataPath)) << "saving without a timeline writes nothing";
     for (const bool garbage : {false, true}) {
         SCOPED_TRACE(garbage ? "garbage" : "missing");
         if (garbage) {
@@ -114,48 +111,34 @@ TEST_F(AEEpisodeTimeline, AsyncLoadCallsBackOnTheMainThreadWithTheTimelineInPlac
     EXPECT_TRUE(empty);
 }
 
-TEST_F(AEEpisodeTimeline, AllAssetsCoverTheTimelineWithoutSilenceOrRepeats) {
+TEST_F(AEEpisodeTimeline, AllAssetsAndAssetInTimelineLookAtBothLanesAndSkipSilence) {
     const auto own = stored("ep.all.own", 5);
     const auto intro = stored("ep.all.intro", 10);
     episode->assets = {intro, own};
     EXPECT_EQ(idsOf(episode->getAllAssets()), QStringList({"ep.all.intro", "ep.all.own"}));
 
     auto& tl = *episode->timeline;
+    const auto quiet = silence();
     tl.appendItemInMainLane(intro, std::nullopt, false);
-    tl.appendItemInMainLane(silence(), AETimeRange(0, 2), false);
-    const auto onlyInMain = stored("ep.all.main", 20);
-    tl.appendItemInMainLane(onlyInMain, std::nullopt, false);
-    tl.appendItemInMainLane(onlyInMain, AETimeRange(0, 5), false);
+    tl.appendItemInMainLane(quiet, AETimeRange(0, 2), false);
+    const auto inMain = stored("ep.all.main", 20);
+    tl.appendItemInMainLane(inMain, std::nullopt, false);
+    tl.appendItemInMainLane(inMain, AETimeRange(0, 5), false);
     const auto onlyAttached = stored("ep.all.fx", 3, AEAssetType::effect);
     tl.attachItem(onlyAttached, 1, 1.0, std::nullopt, false, false);
-    tl.attachItem(onlyInMain, 2, 2.0, AETimeRange(0, 1), false, false);
+    tl.attachItem(inMain, 2, 2.0, AETimeRange(0, 1), false, false);
 
     // The episode's own list first, then attached items, then the main lane.
     EXPECT_EQ(idsOf(episode->getAllAssets()),
               QStringList({"ep.all.intro", "ep.all.own", "ep.all.fx", "ep.all.main"}));
     EXPECT_EQ(episode->assets.size(), 2u) << "the episode's own list is not changed";
-
-    episode->timeline = nullptr;
-    EXPECT_EQ(idsOf(episode->getAllAssets()), QStringList({"ep.all.intro", "ep.all.own"}));
-}
-
-TEST_F(AEEpisodeTimeline, AssetInTimelineLooksAtBothLanesAndSkipsSilence) {
-    const auto listedOnly = stored("ep.in.listed", 5);
-    const auto main = stored("ep.in.main", 10);
-    const auto fx = stored("ep.in.fx", 3, AEAssetType::effect);
-    episode->assets = {listedOnly};
-    auto& tl = *episode->timeline;
-    const auto quiet = silence();
-    tl.appendItemInMainLane(main, std::nullopt, false);
-    tl.appendItemInMainLane(quiet, AETimeRange(0, 2), false);
-    tl.attachItem(fx, 1, 1.0, std::nullopt, false, false);
-
-    EXPECT_TRUE(episode->assetInTimeline(main));
-    EXPECT_TRUE(episode->assetInTimeline(fx)) << "attached items count";
-    EXPECT_FALSE(episode->assetInTimeline(listedOnly));
+    EXPECT_TRUE(episode->assetInTimeline(intro));
+    EXPECT_TRUE(episode->assetInTimeline(onlyAttached)) << "attached items count";
+    EXPECT_FALSE(episode->assetInTimeline(own));
     EXPECT_FALSE(episode->assetInTimeline(quiet)) << "silence is never in use";
     EXPECT_FALSE(episode->assetInTimeline(silence()));
 
     episode->timeline = nullptr;
-    EXPECT_FALSE(episode->assetInTimeline(main));
+    EXPECT_EQ(idsOf(episode->getAllAssets()), QStringList({"ep.all.intro", "ep.all.own"}));
+    EXPECT_FALSE(episode->assetInTimeline(intro));
 }

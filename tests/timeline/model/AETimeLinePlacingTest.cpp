@@ -9,26 +9,6 @@ std::shared_ptr<AETimeLineItem> attachedAt(AETimeLine& tl, const QString& name, 
 }
 } // namespace
 
-TEST(AETimeLinePlacing, RemovingAClipRipplesAttachedItemsByWhereTheyStart) {
-    auto tl = timeline();
-    fillMainLane(*tl, {3, 5, 10}); // the middle clip is (3, 8)
-    const auto inside = attachedAt(*tl, "inside", 5.0, 1.0);
-    const auto before = attachedAt(*tl, "before", 2.0, 7.0);
-    const auto atEnd = attachedAt(*tl, "atEnd", 8.0, 1.0);
-    const auto atStart = attachedAt(*tl, "atStart", 3.0, 1.0);
-    tl->removeItemInMainLane(1);
-
-    const auto& a = tl->attachedItems;
-    EXPECT_EQ(std::count(a.begin(), a.end(), inside), 0);
-    EXPECT_EQ(std::count(a.begin(), a.end(), atStart), 0) << "the lower bound of the stretch is included";
-    EXPECT_EQ(before->inTime, 2.0);
-    EXPECT_EQ(before->range.duration(), 7.0);
-    EXPECT_EQ(atEnd->inTime, 3.0) << "the upper bound is not included: it moves left";
-    EXPECT_EQ(tl->mainLane.size(), 2u);
-    EXPECT_EQ(tl->mainLane[1]->inTime, 3.0);
-    expectInvariants(*tl);
-}
-
 TEST(AETimeLinePlacing, RemovingTheOnlyClipLeavesAnEmptyTimeline) {
     auto tl = timeline();
     fillMainLane(*tl, {10});

@@ -347,10 +347,11 @@ std::map<QString, double> rippled(const AETimeLine& tl, double from, double shif
     return out;
 }
 
-std::map<QString, std::tuple<double, double, double>> attachedPlaces(const AETimeLine& tl) {
-    std::map<QString, std::tuple<double, double, double>> out;
+// Where each attached item plays, and how many points its envelope has.
+std::map<QString, std::tuple<double, double, double, size_t>> attachedPlaces(const AETimeLine& tl) {
+    std::map<QString, std::tuple<double, double, double, size_t>> out;
     for (const auto& item : tl.attachedItems)
-        out[item->id] = {item->inTime, item->range.i, item->range.o};
+        out[item->id] = {item->inTime, item->range.i, item->range.o, item->volumeKFs->keyframes.size()};
     return out;
 }
 

@@ -2,17 +2,12 @@
 
 using namespace tlfixture;
 
-TEST(AETimeLineQueries, EmptyTimeline) {
+TEST(AETimeLineQueries, BoundariesBelongToTheLaterItem) {
     auto tl = timeline();
     EXPECT_EQ(tl->getMainLaneOutTime(), 0.0);
     EXPECT_EQ(tl->getTimelineOutTime(), 0.0);
     EXPECT_EQ(tl->getAssetInMainLane(0), -1);
     EXPECT_FALSE(tl->getItemAtTime(0));
-    EXPECT_TRUE(tl->currentViewRange.isEqual(AETimeRange(0, 30)));
-}
-
-TEST(AETimeLineQueries, BoundariesBelongToTheLaterItem) {
-    auto tl = timeline();
     fillMainLane(*tl, {10, 10});
     tl->attachItem(asset("fx", 30, AEAssetType::effect), 1, 15, std::nullopt, false, false);
     EXPECT_EQ(tl->getAssetInMainLane(10), 1);

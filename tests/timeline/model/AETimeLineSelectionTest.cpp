@@ -1,5 +1,4 @@
 #include "TimelineFixture.h"
-#include "foundation/Log.h"
 #include "timeline/model/AEKeyframe.h"
 #include "timeline/model/AEKeyframeView.h"
 #include "timeline/model/Undo.h"
@@ -22,16 +21,6 @@ std::vector<QString> names(const AETimeLine& tl) {
     return out;
 }
 
-// A timeline whose snapshots go to `queue`, as the window wires it.
-struct Edited {
-    Undo queue;
-    std::shared_ptr<AETimeLine> tl = timeline();
-    Edited() {
-        tl->undoDoCallback = [this] { queue.addStatus(tl->getStatus()); };
-    }
-    void undo() { tl = undoTimeline(tl, queue); }
-};
-
 } // namespace
 
 TEST(AETimeLineSelection, DeletingARangeAcrossClipsJoinsWhatIsLeft) {
@@ -45,47 +34,6 @@ TEST(AETimeLineSelection, DeletingARangeAcrossClipsJoinsWhatIsLeft) {
     EXPECT_TRUE(tl->mainLane[1]->range.isEqual(AETimeRange(5, 10))) << "the tail of the third clip";
     EXPECT_EQ(tl->currentPHTime, 5.0) << "a playhead inside the stretch goes to its start";
     EXPECT_FALSE(tl->drag->active);
-    expectInvariants(*tl);
-}
-
-TEST(AETimeLineSelection, ARangeEndingOnACutDoesNotCutTheNextClip) {
-    auto tl = timeline();
-    fillMainLane(*tl, {10, 10, 10});
-    tl->drag->setRange(AETimeRange(5, 20));
-    tl->deleteSelection();
-    EXPECT_EQ(names(*tl), (std::vector<QString>{"c0", "c2"}));
-    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 10}));
-}
-
-TEST(AETimeLineSelection, ExactlyOneClipGoesWholeEvenWhenDeactivated) {
-    auto tl = timeline();
-    fillMainLane(*tl, {10, 10, 10});
-    tl->drag->setRange(AETimeRange(10, 20));
-    tl->deactivateSelection();
-    EXPECT_EQ(names(*tl), (std::vector<QString>{"c0", "c2"}));
-    EXPECT_TRUE(tl->drag->active) << "this branch leaves the range active";
-
-    tl->drag->setRange(AETimeRange(5, 15));
-    tl->deactivateSelection();
-    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 5, 5, 5}));
-    EXPECT_TRUE(AETimeLine::itemActive(tl->mainLane[0]));
-    EXPECT_FALSE(AETimeLine::itemActive(tl->mainLane[1]));
-    EXPECT_FALSE(AETimeLine::itemActive(tl->mainLane[2]));
-    EXPECT_TRUE(AETimeLine::itemActive(tl->mainLane[3]));
-    expectInvariants(*tl);
-}
-
-TEST(AETimeLineSelection, RangesAreLimitedToTheMainLane) {
-    auto tl = timeline();
-    fillMainLane(*tl, {10, 10});
-    tl->attachItem(asset("fx", 30, AEAssetType::effect), 1, 5, std::nullopt, false, false);
-    tl->drag->setRange(AETimeRange(25, 40));
-    tl->deleteSelection();
-    EXPECT_EQ(tl->mainLane.size(), 2u) << "a range starting past the main lane does nothing";
-
-    tl->drag->setRange(AETimeRange(15, 40));
-    tl->deleteSelection();
-    EXPECT_EQ(lengths(*tl), (std::vector<double>{10, 5}));
     expectInvariants(*tl);
 }
 
@@ -148,13 +96,10 @@ TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
     fillMainLane(*tl, {10, 10, 10});
     tl->mainLane[1]->volumeKFs->setKeyframe(5.0, -6.0);
     tl->mainLane[1]->addMarker(5.0, std::nullopt, "m", AEMarkerType::normal);
-    tl->attachItem(asset("fx", 5, AEAssetType::effect), 1, 22, std::nullopt, false, false);
     tl->drag->setRange(AETimeRange(5, 25));
     tl->copySelection();
     EXPECT_EQ(lengths(*tl), (std::vector<double>{10, 10, 10})) << "the temporary cuts are joined again";
     ASSERT_EQ(tl->clipboardLane.size(), 3u);
-    EXPECT_TRUE(tl->clipboardLane[0]->range.isEqual(AETimeRange(5, 10)));
-    EXPECT_TRUE(tl->clipboardLane[2]->range.isEqual(AETimeRange(0, 5)));
     EXPECT_EQ(tl->clipboardLane[1]->inTime, 5.0);
     EXPECT_EQ(tl->clipboardLane[2]->inTime, 15.0);
 
@@ -163,8 +108,6 @@ TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
     EXPECT_TRUE(tl->mainLane[2]->volumeKFs->keyframes.empty());
     EXPECT_TRUE(tl->mainLane[2]->markers.empty());
     EXPECT_NE(tl->mainLane[2]->id, tl->clipboardLane[0]->id);
-    ASSERT_EQ(tl->attachedItems.size(), 1u);
-    EXPECT_EQ(tl->attachedItems[0]->inTime, 22.0) << "a paste leaves attached items where they were";
 
     tl->paste(tl->getMainLaneOutTime());
     EXPECT_EQ(tl->mainLane.size(), 10u);
@@ -173,55 +116,24 @@ TEST(AETimeLineSelection, CopyAndPasteCarryRangesOnly) {
 }
 
 TEST(AETimeLineSelection, CutTakesTwoSnapshotsAndUndoRestoresTheEarlierTimeline) {
-    Edited e;
-    fillMainLane(*e.tl, {10, 10, 10});
-    const QString before = documentForm(*e.tl);
-    e.tl->drag->setRange(AETimeRange(5, 15));
-    e.tl->cut();
-    EXPECT_EQ(lengths(*e.tl), (std::vector<double>{5, 5, 10}));
-    EXPECT_EQ(e.queue.queue.size(), 2u);
-    EXPECT_FALSE(e.tl->drag->active);
+    // Snapshots go to a queue, as the window wires it.
+    Undo queue;
+    auto tl = timeline();
+    tl->undoDoCallback = [&] { queue.addStatus(tl->getStatus()); };
+    fillMainLane(*tl, {10, 10, 10});
+    const QString before = documentForm(*tl);
+    tl->drag->setRange(AETimeRange(5, 15));
+    tl->cut();
+    EXPECT_EQ(lengths(*tl), (std::vector<double>{5, 5, 10}));
+    EXPECT_EQ(queue.queue.size(), 2u);
+    EXPECT_FALSE(tl->drag->active);
 
-    const auto edited = e.tl;
-    e.undo();
-    EXPECT_NE(e.tl, edited);
-    EXPECT_EQ(documentForm(*e.tl), before);
-    e.undo();
-    EXPECT_EQ(documentForm(*e.tl), before) << "the second undo shows no change";
-    EXPECT_EQ(e.tl->virtualScroller, edited->virtualScroller);
-    ASSERT_EQ(e.tl->clipboardLane.size(), 0u) << "the clipboard is not part of a snapshot";
-
-    QStringList logged;
-    const int sink = addLogSink([&](const QString& line) { logged << line; });
-    const auto current = e.tl;
-    e.undo();
-    removeLogSink(sink);
-    EXPECT_EQ(e.tl, current);
-    EXPECT_TRUE(logged.contains("Cannot undo"));
-
-    // The restored timeline takes the next snapshot itself.
-    e.tl->insertItemInMainLane(asset("new", 3), 0);
-    EXPECT_EQ(e.queue.queue.size(), 1u);
-    expectInvariants(*e.tl);
-}
-
-TEST(AETimeLineSelection, UndoLosesOnlyWhatSnapshotsDoNotCarry) {
-    Edited e;
-    fillMainLane(*e.tl, {60});
-    const auto bgm = e.tl->attachItem(music("bed", 100), -1, 10, std::nullopt, false, false);
-    e.tl->splitAttachedItem(bgm, 30);
-    e.tl->mainLane[0]->volumeKFs->setKeyframe(3.0, -4.0);
-    e.tl->muteItem(e.tl->mainLane[0]);
-    ASSERT_TRUE(bgm->cutOnce);
-    e.tl->sliceMainLane(20); // one snapshot of the state above
-    e.undo();
-    const auto& restored = e.tl;
-    ASSERT_EQ(restored->mainLane.size(), 1u);
-    EXPECT_FALSE(AETimeLine::itemActive(restored->mainLane[0]));
-    EXPECT_EQ(restored->mainLane[0]->volumeKFs->getValue(3.0), -4.0);
-    EXPECT_EQ(restored->mainLane[0]->globalKFS, restored->mainLane[0]->volumeKFs);
-    ASSERT_EQ(restored->attachedItems.size(), 2u);
-    EXPECT_EQ(restored->attachedItems[0]->id, bgm->id);
-    EXPECT_FALSE(restored->attachedItems[0]->cutOnce) << "cutOnce is lost on undo";
-    EXPECT_EQ(restored->attachedItems[0]->bgmOutTime, 30.0);
+    const auto edited = tl;
+    tl = undoTimeline(tl, queue);
+    EXPECT_NE(tl, edited);
+    EXPECT_EQ(documentForm(*tl), before);
+    tl = undoTimeline(tl, queue);
+    EXPECT_EQ(documentForm(*tl), before) << "the second undo shows no change";
+    EXPECT_EQ(tl->virtualScroller, edited->virtualScroller);
+    EXPECT_EQ(tl->clipboardLane.size(), 0u) << "the clipboard is not part of a snapshot";
 }

@@ -1,12 +1,12 @@
 #include "cleaning/Brightwash.h"
 #include "cleaning/UhmDB.h"
 #include "cleaning/UhmMarkers.h"
-#include "foundation/Interaction.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
 #include "project/model/AEMarker.h"
 #include "project/model/Globals.h"
 #include "support/EventWait.h"
+#include "support/ScriptedSession.h"
 #include "support/TestAudio.h"
 #include "ui/cleaning/BatchCleanWindow.h"
 #include "ui/cleaning/UhmVCPC.h"
@@ -17,10 +17,8 @@
 
 namespace {
 
-class HesitationAndBatchPanels : public ::testing::Test {
+class HesitationAndBatchPanels : public ::testing::Test, protected ScriptedSession {
 protected:
-    void SetUp() override { setUserInteraction(std::make_shared<ScriptedInteraction>()); }
-    void TearDown() override { setUserInteraction(nullptr); }
     TestAudio audio;
 };
 

@@ -1,5 +1,4 @@
 #include "../../recording/RecordingFixture.h"
-#include "foundation/Interaction.h"
 #include "foundation/KeyedArchive.h"
 #include "foundation/Prefs.h"
 #include "project/model/AEAsset.h"
@@ -8,6 +7,7 @@
 #include "project/model/AEShow.h"
 #include "project/model/AESubsamples.h"
 #include "recording/Recorder.h"
+#include "support/ScriptedSession.h"
 #include "timeline/model/AETimeLine.h"
 #include "timeline/model/AETimeLineItem.h"
 #include "ui/recording/AEAssetRecorderVC.h"
@@ -24,17 +24,7 @@ using namespace recordingtest;
 
 namespace {
 
-class AssetRecorderTest : public RecordingServerTest {
-protected:
-    void SetUp() override {
-        RecordingServerTest::SetUp();
-        door_ = std::make_shared<ScriptedInteraction>();
-        setUserInteraction(door_);
-    }
-    void TearDown() override { setUserInteraction(std::make_shared<ScriptedInteraction>()); }
-
-    std::shared_ptr<ScriptedInteraction> door_;
-};
+class AssetRecorderTest : public RecordingServerTest, protected ScriptedSession {};
 
 TEST_F(AssetRecorderTest, TheSetupPanelWritesBothKeySetsAndTheChoiceSurvivesARestart) {
     auto stored = std::make_shared<AudioRecorderSettings>();
@@ -134,8 +124,8 @@ TEST_F(AssetRecorderTest, SetupWhileRecordingOnlyWarnsAndANamedTakeIsCalledSo) {
     sheet.recordButton->click();
     testenv::pumpEventsFor(300);
     sheet.setupButton->click();
-    ASSERT_FALSE(door_->transcript().empty());
-    EXPECT_TRUE(door_->transcript().back().contains("You Cannot Change Recording Settings while Recording!"));
+    ASSERT_FALSE(door->transcript().empty());
+    EXPECT_TRUE(door->transcript().back().contains("You Cannot Change Recording Settings while Recording!"));
     EXPECT_TRUE(sheet.recording);
     sheet.recordButton->click();
 
