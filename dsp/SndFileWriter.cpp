@@ -28,3 +28,10 @@ bool SndFileWriter::writeFrames(const float* interleaved, int64_t frames) {
     qxLog("error: " + QString::fromUtf8(sf_strerror(handle_.get())) + " (" + path_ + ")");
     return false;
 }
+
+bool SndFileWriter::writeFrames(const int16_t* interleaved, int64_t frames) {
+    if (!handle_) return false;
+    if (sf_writef_short(handle_.get(), interleaved, frames) == frames) return true;
+    qxLog("error: " + QString::fromUtf8(sf_strerror(handle_.get())) + " (" + path_ + ")");
+    return false;
+}

@@ -16,6 +16,8 @@ public:
     bool isOpen() const { return handle_ != nullptr; }
     // False, with a log line, when fewer frames went out.
     bool writeFrames(const float* interleaved, int64_t frames);
+    // 16-bit frames as they are, for a file of that depth.
+    bool writeFrames(const int16_t* interleaved, int64_t frames);
 
 private:
     struct Closer {

@@ -13,16 +13,6 @@
 
 namespace {
 
-std::vector<AUAudioConvolution::GainPoint> pointsOf(const std::shared_ptr<AEKeyframeList>& list) {
-    std::vector<AUAudioConvolution::GainPoint> points;
-    if (!list) return points;
-    for (const auto& kf : list->keyframes)
-        if (kf) points.push_back({kf->time, kf->value});
-    std::stable_sort(points.begin(), points.end(),
-                     [](const auto& a, const auto& b) { return a.time < b.time; });
-    return points;
-}
-
 // samples[first, last) × a linear ramp of multipliers from one level to the other, appended to out.
 void appendRamp(std::vector<float>& out, std::span<const float> samples, int64_t first, int64_t last,
                 double db0, double db1) {
@@ -36,6 +26,17 @@ void appendRamp(std::vector<float>& out, std::span<const float> samples, int64_t
 }
 
 } // namespace
+
+std::vector<AUAudioConvolution::GainPoint>
+AUAudioConvolution::gainPoints(const std::shared_ptr<AEKeyframeList>& list) {
+    std::vector<GainPoint> points;
+    if (!list) return points;
+    for (const auto& kf : list->keyframes)
+        if (kf) points.push_back({kf->time, kf->value});
+    std::stable_sort(points.begin(), points.end(),
+                     [](const auto& a, const auto& b) { return a.time < b.time; });
+    return points;
+}
 
 int64_t AUAudioConvolution::timeToSample(double time, int frequency) {
     return static_cast<int64_t>(static_cast<double>(frequency) * time);
@@ -77,7 +78,7 @@ void AUAudioConvolution::convolution(const QString& srcPath, const QString& dstP
     const int frequency = in.sampleRate();
     const int channels = in.channels();
     const int64_t count = in.frames();
-    const auto list = envelopePoints(pointsOf(volumeKFs), static_cast<double>(count) / frequency);
+    const auto list = envelopePoints(gainPoints(volumeKFs), static_cast<double>(count) / frequency);
     SndFileWriter out(dstPath, frequency, channels, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
     if (!out.isOpen()) return;
 

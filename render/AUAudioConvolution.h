@@ -31,6 +31,8 @@ public:
     // repeated at the last level.
     static std::vector<float> convolutionMonoV2(std::span<const float> samples, int frequency,
                                                 std::vector<GainPoint> points);
+    // The keyframes as points, sorted by time.
+    static std::vector<GainPoint> gainPoints(const std::shared_ptr<AEKeyframeList>& list);
     // The points the envelope runs through for a file of `duration` seconds (see convolutionMonoV2).
     static std::vector<GainPoint> envelopePoints(const std::vector<GainPoint>& points, double duration);
     // samples × frequency, truncated.

@@ -2,7 +2,10 @@
 // One export as a podcaster publishes it: the timeline's mix (SoXer), brought to the loudness target
 // by one gain and a true-peak limiter when asked, encoded and tagged (title, notes, picture, ID3
 // chapters) for an MP3, then read back into an ExportReport, with the JSON report and the chapter
-// files beside it on request. The window's export and `zendrel export` both go through here.
+// files beside it on request. The window's export and `zendrel export` both go through here. The mix
+// is streamed, never kept as a file of its own: to normalise, a first pass measures it and a trial on an
+// excerpt finds what the limiter and the encoder take from it; the last pass is piped into the encoder
+// (or ffmpeg's normalising run) or written as the WAV.
 //
 // make() on the main thread (the timeline is duplicated there, as for every render); perform() on any
 // other thread. Progress is reported from the performing thread.
@@ -11,16 +14,20 @@
 #include "render/Loudness.h"
 #include "render/QXMp3Tags.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class AEEpisode;
 class AEShow;
 class AETimeLine;
 class SoXer;
+class TimelineMix;
 struct ExportScratch;
 
 struct ExportOptions {
@@ -70,7 +77,14 @@ public:
 private:
     EpisodeExport() = default;
     void report(const QString& phase, double percent) const;
-    QString deliverMp3(const QString& source, const QString& filter);
+    QString deliverMp3(TimelineMix& mix, const QString& filter);
+    // The next block for a tool's standard input, with the progress of the pass.
+    QByteArray streamed(TimelineMix& mix, const QString& phase) const;
+    void reportStreamed(const TimelineMix& mix, const QString& phase) const;
+    // One pass over the mix, keeping the excerpt.
+    std::optional<LoudnessMeasure> measureMix(TimelineMix& mix);
+    // LU the gain, limiter and encoder take from the excerpt beyond the gain itself.
+    double chainLoss() const;
     QString writeSideFiles(const ExportReport& report) const;
 
     std::shared_ptr<AETimeLine> timeline_;
@@ -85,4 +99,5 @@ private:
     int channels_ = 2;
     bool mp3_ = true;
     double gain_ = 0;
+    std::vector<int16_t> excerpt_;
 };

@@ -52,38 +52,70 @@ void loudness_saveSettings(bool mp3, int channels, const LoudnessSettings& setti
     prefs_setValueDouble(kCeilingKey, settings.truePeakCeiling);
 }
 
-std::optional<LoudnessMeasure> loudness_measure(const QString& path) {
-    SndFile file(path);
-    if (!file.isOpen() || file.channels() < 1 || file.sampleRate() < 1) return std::nullopt;
-    const auto channels = static_cast<unsigned>(file.channels());
-    std::unique_ptr<ebur128_state, MeterCloser> meter(
-        ebur128_init(channels, static_cast<unsigned long>(file.sampleRate()),
-                     EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK));
-    if (!meter) return std::nullopt;
+struct LoudnessMeter::State {
+    std::unique_ptr<ebur128_state, MeterCloser> meter;
+    unsigned channels = 0;
+    int rate = 0;
+    int64_t frames = 0;
+    bool full = true;
+};
+
+LoudnessMeter::LoudnessMeter(int rate, int channels, bool full) : state_(std::make_unique<State>()) {
+    if (rate < 1 || channels < 1) return;
+    state_->channels = static_cast<unsigned>(channels);
+    state_->rate = rate;
     // A mono file is heard on both speakers: BS.1770 counts it as one channel, which is why the mono
     // target is 3 dB lower.
-    constexpr int64_t kBlock = 65536;
-    std::vector<float> buffer(static_cast<size_t>(kBlock) * channels);
-    int64_t total = 0;
-    for (;;) {
-        const int64_t got = file.readFrames(buffer.data(), kBlock);
-        if (got <= 0) break;
-        ebur128_add_frames_float(meter.get(), buffer.data(), static_cast<size_t>(got));
-        total += got;
-    }
-    if (total == 0) return std::nullopt;
+    state_->full = full;
+    state_->meter.reset(
+        ebur128_init(state_->channels, static_cast<unsigned long>(rate),
+                     full ? EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK : EBUR128_MODE_I));
+}
+
+LoudnessMeter::~LoudnessMeter() = default;
+
+void LoudnessMeter::add(const float* interleaved, int64_t frames) {
+    if (!state_->meter || frames <= 0) return;
+    ebur128_add_frames_float(state_->meter.get(), interleaved, static_cast<size_t>(frames));
+    state_->frames += frames;
+}
+
+void LoudnessMeter::add(const int16_t* interleaved, int64_t frames) {
+    if (!state_->meter || frames <= 0) return;
+    ebur128_add_frames_short(state_->meter.get(), interleaved, static_cast<size_t>(frames));
+    state_->frames += frames;
+}
+
+std::optional<LoudnessMeasure> LoudnessMeter::result() const {
+    if (!state_->meter || state_->frames == 0) return std::nullopt;
+    ebur128_state* meter = state_->meter.get();
     LoudnessMeasure out;
-    ebur128_loudness_global(meter.get(), &out.integrated);
-    ebur128_loudness_range(meter.get(), &out.range);
+    ebur128_loudness_global(meter, &out.integrated);
+    out.seconds = static_cast<double>(state_->frames) / state_->rate;
+    if (!state_->full) return out;
+    ebur128_loudness_range(meter, &out.range);
     double peak = 0;
-    for (unsigned c = 0; c < channels; ++c) {
+    for (unsigned c = 0; c < state_->channels; ++c) {
         double channelPeak = 0;
-        ebur128_true_peak(meter.get(), c, &channelPeak);
+        ebur128_true_peak(meter, c, &channelPeak);
         peak = std::max(peak, channelPeak);
     }
     out.truePeak = peak > 0 ? 20.0 * std::log10(peak) : -INFINITY;
-    out.seconds = static_cast<double>(total) / file.sampleRate();
     return out;
+}
+
+std::optional<LoudnessMeasure> loudness_measure(const QString& path) {
+    SndFile file(path);
+    if (!file.isOpen() || file.channels() < 1 || file.sampleRate() < 1) return std::nullopt;
+    LoudnessMeter meter(file.sampleRate(), file.channels());
+    constexpr int64_t kBlock = 65536;
+    std::vector<float> buffer(static_cast<size_t>(kBlock * file.channels()));
+    for (;;) {
+        const int64_t got = file.readFrames(buffer.data(), kBlock);
+        if (got <= 0) break;
+        meter.add(buffer.data(), got);
+    }
+    return meter.result();
 }
 
 double loudness_gainTo(const LoudnessMeasure& measured, double target) {
@@ -99,6 +131,26 @@ QString loudness_filter(double gainDb, double truePeakCeiling, int rate) {
         .arg(rate * kOversampling)
         .arg(limit, 0, 'f', 6)
         .arg(rate);
+}
+
+QStringList loudness_normalisePipeArgs(int channels, const QString& dst, double gainDb,
+                                       double truePeakCeiling, int rate) {
+    return {"-y",
+            "-loglevel",
+            "error",
+            "-f",
+            "s16le",
+            "-ar",
+            QString::number(rate),
+            "-ac",
+            QString::number(channels),
+            "-i",
+            "pipe:0",
+            "-af",
+            loudness_filter(gainDb, truePeakCeiling, rate),
+            "-c:a",
+            "pcm_s16le",
+            toolFilePaths::forTool(dst)};
 }
 
 QStringList loudness_normaliseArgs(const QString& src, const QString& dst, double gainDb,

@@ -9,6 +9,8 @@
 
 #include <QString>
 #include <QStringList>
+#include <cstdint>
+#include <memory>
 #include <optional>
 
 struct LoudnessMeasure {
@@ -34,12 +36,34 @@ void loudness_saveSettings(bool mp3, int channels, const LoudnessSettings& setti
 // for digital silence.
 std::optional<LoudnessMeasure> loudness_measure(const QString& path);
 
+// A measurement fed block by block, for a mix that is streamed rather than written.
+class LoudnessMeter {
+public:
+    // Without `full` only the integrated loudness is measured, at a fraction of the cost: no range,
+    // no true peak (both 0).
+    LoudnessMeter(int rate, int channels, bool full = true);
+    ~LoudnessMeter();
+    LoudnessMeter(const LoudnessMeter&) = delete;
+    LoudnessMeter& operator=(const LoudnessMeter&) = delete;
+    void add(const float* interleaved, int64_t frames);
+    void add(const int16_t* interleaved, int64_t frames);
+    // Nothing when no frame came or the meter could not be made.
+    std::optional<LoudnessMeasure> result() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
 // The gain, in dB, that brings `measured` to `target`; 0 for silence.
 double loudness_gainTo(const LoudnessMeasure& measured, double target);
 
 // The ffmpeg filter chain: the gain, then the limiter at the ceiling (true peak, by 4× oversampling),
 // back at `rate`.
 QString loudness_filter(double gainDb, double truePeakCeiling, int rate);
+// ffmpeg arguments that normalise 16-bit frames from standard input into a 16-bit WAV dst.
+QStringList loudness_normalisePipeArgs(int channels, const QString& dst, double gainDb,
+                                       double truePeakCeiling, int rate);
 // ffmpeg arguments that normalise src into a 16-bit WAV dst.
 QStringList loudness_normaliseArgs(const QString& src, const QString& dst, double gainDb,
                                    double truePeakCeiling, int rate);

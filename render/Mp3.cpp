@@ -4,6 +4,7 @@
 #include "foundation/Log.h"
 #include "foundation/Prefs.h"
 #include "recording/AudioProbes.h"
+#include "render/tools/ProcessRunner.h"
 #include "render/tools/Shell.h"
 #include "render/tools/ToolArgs.h"
 #include "render/tools/ToolFilePaths.h"
@@ -135,11 +136,36 @@ bool Mp3::convertToMp3WithTags(const QString& src, const QString& dst, int kbitr
                                [[maybe_unused]] const QString& picturePath, const QString& showNotes,
                                const std::vector<QXMp3Chapter>& chapters, const QString& audioFilter) {
     qxLog("Mp3.convertToMp3WithTags");
-    const QString tmp = toolFilePaths::withoutExtension(dst) + "_temp.mp3";
-    QFile::remove(tmp);
-
     // The destination does not exist yet: the chapters end with the source.
     const auto duration = static_cast<float>(aUt_getAudioDuration(src));
+    return withTags(dst, duration, title, showNotes, chapters, [&](const QString& tmp) {
+        soxUt_runFFMpeg(ffArgs::encodeMp3Filtered(src, tmp, kbitrate, audioFilter));
+    });
+}
+
+bool Mp3::encodeStreamWithTags(const std::function<QByteArray()>& pcm, int rate, int channels,
+                               double duration, const QString& to, const QString& title,
+                               const QString& showNotes, const std::vector<QXMp3Chapter>& chapters,
+                               const QString& audioFilter) {
+    qxLog("MP3.encodeStreamWithTags");
+    const int kbitrate = encodingSettings().bitrate;
+    return withTags(to, static_cast<float>(duration), title, showNotes, chapters, [&](const QString& tmp) {
+        ProcessRequest request;
+        request.program = soxUt_getFFMpegPath();
+        request.arguments = ffArgs::encodeMp3FromPipe(rate, channels, tmp, kbitrate, audioFilter);
+        request.keepOutput = false;
+        request.input = pcm;
+        request.logVector = true;
+        request.label = "encoder";
+        runProcess(request);
+    });
+}
+
+bool Mp3::withTags(const QString& dst, float duration, const QString& title, const QString& showNotes,
+                   const std::vector<QXMp3Chapter>& chapters,
+                   const std::function<void(const QString& tmp)>& encode) {
+    const QString tmp = toolFilePaths::withoutExtension(dst) + "_temp.mp3";
+    QFile::remove(tmp);
     // In a private folder beside the destination: a "metadata.txt" of the user's there stays untouched.
     const QTemporaryDir metadataFolder(QFileInfo(dst).absolutePath() + "/.metadata-XXXXXX");
     const QString metadata = metadataFolder.isValid() ? metadataFolder.path() + "/metadata.txt" : QString();
@@ -148,7 +174,7 @@ bool Mp3::convertToMp3WithTags(const QString& src, const QString& dst, int kbitr
                                  "Cannot write the tags file in " + QFileInfo(dst).absolutePath() + ".");
 
     qxLog("Convert to: " + tmp);
-    soxUt_runFFMpeg(ffArgs::encodeMp3Filtered(src, tmp, kbitrate, audioFilter));
+    encode(tmp);
     soxUt_runFFMpeg(ffArgs::appendMetadata(tmp, metadata, dst));
     qxLog("Appending metadata: " + metadata + " to " + tmp + " to dest " + dst);
 

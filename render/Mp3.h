@@ -10,8 +10,10 @@
 #include "render/QXMp3Tags.h"
 #include "render/tools/Mp3Tag.h"
 
+#include <QByteArray>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 enum class Mp3Channels { mono = 1, stereo = 2 };
@@ -44,6 +46,12 @@ public:
     static bool encodeWithTags(const QString& from, const QString& to, const QString& title,
                                const QString& picturePath, const QString& showNotes,
                                const std::vector<QXMp3Chapter>& chapters, const QString& audioFilter = {});
+    // The same fed from a stream: `pcm` gives 16-bit little-endian frames at rate and channels until
+    // it gives nothing; `duration` (seconds) ends the last chapter.
+    static bool encodeStreamWithTags(const std::function<QByteArray()>& pcm, int rate, int channels,
+                                     double duration, const QString& to, const QString& title,
+                                     const QString& showNotes, const std::vector<QXMp3Chapter>& chapters,
+                                     const QString& audioFilter = {});
     static bool convertToMp3WithTags(const QString& src, const QString& dst, int kbitrate,
                                      Mp3Channels channels, const QString& title, const QString& picturePath,
                                      const QString& showNotes, const std::vector<QXMp3Chapter>& chapters,
@@ -64,4 +72,10 @@ public:
 
     // The tool locator's kid3-cli.
     static QString kid3Path();
+
+private:
+    // The encoder run `encode(tmp)`, then the FFMETADATA1 file put in by a remux to `dst`.
+    static bool withTags(const QString& dst, float duration, const QString& title, const QString& showNotes,
+                         const std::vector<QXMp3Chapter>& chapters,
+                         const std::function<void(const QString& tmp)>& encode);
 };

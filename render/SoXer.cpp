@@ -22,6 +22,9 @@
 
 namespace {
 
+// Frames handed on at a time by the stream.
+constexpr int64_t kStreamBlock = 65536;
+
 // Shorter items are dropped: SoX cannot make a file of them worth having.
 constexpr double kShortestItem = 0.01;
 
@@ -113,37 +116,10 @@ bool SoXer::perform(bool selection) {
     }
     const QString base = toolFilePaths::withoutExtension(destPath);
     const QString ext = toolFilePaths::extensionLower(destPath);
-    const QString mainFile = tempFU.getPath(QFileInfo(base).fileName() + "_main.wav");
-    {
-        std::lock_guard lock(listMutex_);
-        laneFiles_ = QStringList{mainFile};
-    }
+    const auto mix = openMix(selection);
     QElapsedTimer clock;
     clock.start();
-    Parallelize::execute([&] { timed(stageTimes.mainLane, [&] { mainLaneJob(selection, mainFile); }); },
-                         [&] { timed(stageTimes.lanes, [&] { laneJob(); }); });
-    clock.restart();
-    // Mixed beside the destination only when it is the result: a WAV that only feeds the encoder stays
-    // in the temporary folder, so a file of the user's with that name is never touched.
-    const QString wav = ext == "mp3" ? tempFU.getPath(QFileInfo(base).fileName() + ".wav") : base + ".wav";
-    QStringList files;
-    {
-        std::lock_guard lock(listMutex_);
-        files = laneFiles_;
-    }
-    files.erase(
-        std::remove_if(files.begin(), files.end(), [](const QString& f) { return !fu_fileExists(f); }),
-        files.end());
-    if (files.size() > 1) {
-        soxUt_mixdown(files, wav);
-    } else if (!files.isEmpty()) {
-        fu_deleteFile(wav);
-        QFile::rename(files.front(), wav);
-    }
-    stageTimes.mix = static_cast<double>(clock.restart()) / 1000.0;
-    produced();
-
-    if (ext == "mp3") {
+    if (mix && ext == "mp3") {
         std::weak_ptr<SoXer> weak = weak_from_this();
         barTimer = QXTimer::loop("SoXer.updateBar", 0.25, 0.25, false, [weak] {
             if (auto self = weak.lock()) self->updateBar();
@@ -151,11 +127,18 @@ bool SoXer::perform(bool selection) {
         fu_deleteFile(base + ".mp3");
         mp3EncodingStart = QDateTime::currentDateTimeUtc();
         mp3EncodingStarted = true;
-        Mp3::encodeWithTags(wav, base + ".mp3", title, picturePath, shownotes, chapters);
-        fu_deleteFile(wav);
+        TimelineMix& stream = *mix;
+        Mp3::encodeStreamWithTags([&stream] { return stream.readBytes(kStreamBlock); }, stream.rate,
+                                  stream.channels, static_cast<double>(stream.frames()) / stream.rate,
+                                  base + ".mp3", title, shownotes, chapters);
         barTimer->stop();
         stageTimes.encode = static_cast<double>(clock.restart()) / 1000.0;
+    } else if (mix) {
+        fu_deleteFile(base + ".wav");
+        mix->writeWav(base + ".wav", [this, &mix] { reportStream(*mix); });
+        stageTimes.mix = static_cast<double>(clock.restart()) / 1000.0;
     }
+    produced();
     tempFU.remove();
     qxLog(QString("SoXer: main lane %1 s, lanes %2 s, mix %3 s, encode %4 s")
               .arg(stageTimes.mainLane, 0, 'f', 2)
@@ -167,33 +150,44 @@ bool SoXer::perform(bool selection) {
     return done;
 }
 
+std::unique_ptr<TimelineMix> SoXer::openMix(bool selection) {
+    if (!tempFU.created()) return nullptr;
+    AETimeLine::Items mainItems = timeline->mainLane;
+    if (selection) {
+        timeline->copySelection();
+        mainItems = timeline->clipboardLane;
+    }
+    const std::vector<int64_t> lanes = lanesToRender();
+    std::vector<std::vector<LanePiece>> plans(lanes.size() + 1);
+    Parallelize::execute([&] { timed(stageTimes.mainLane, [&] { plans[0] = planLane(mainItems, false); }); },
+                         [&] {
+                             timed(stageTimes.lanes, [&] {
+                                 for (size_t i = 0; i < lanes.size(); ++i)
+                                     plans[i + 1] = planLane(timeline->getLaneItemSubset(lanes[i]), true);
+                             });
+                         });
+    // A lane with no piece made no file, and the mix counts only the files there are.
+    std::vector<LaneStream> streams;
+    for (auto& plan : plans)
+        if (!plan.empty()) streams.emplace_back(std::move(plan), destFrequency, destNChannels);
+    if (streams.empty()) return nullptr;
+    return std::make_unique<TimelineMix>(std::move(streams), destFrequency, destNChannels);
+}
+
+void SoXer::reportStream(const TimelineMix& mix) {
+    // The items are planned; the rest of the bar follows the frames.
+    const double planned = itemsProduced;
+    const double share =
+        static_cast<double>(mix.framesRead()) / static_cast<double>(std::max<int64_t>(mix.frames(), 1));
+    report(100.0 * (planned + share * (itemsToProduce - planned)) / std::max(itemsToProduce, 1));
+}
+
 void SoXer::performAsync(bool selection, std::function<void(bool done)> callback) {
     auto self = shared_from_this();
     Queue::execute([self, selection, callback = std::move(callback)] {
         const bool done = self->perform(selection);
         if (callback) callback(done);
     });
-}
-
-void SoXer::mainLaneJob(bool selection, const QString& mainFile) {
-    AETimeLine::Items items = timeline->mainLane;
-    if (selection) {
-        timeline->copySelection();
-        items = timeline->clipboardLane;
-    }
-    QStringList list;
-    for (const auto& item : items) {
-        if (item->range.duration() > kShortestItem) {
-            const QString path = itemPath(*item);
-            list << path;
-            timeLineItem2Cluster(*item, path, 0);
-        }
-        produced();
-    }
-    soxUt_concatenate(list, mainFile, destFrequency, destNChannels, destBitsPerSample, 0, 0);
-    produced();
-    for (const QString& file : list)
-        fu_deleteFile(file);
 }
 
 std::vector<int64_t> SoXer::lanesToRender() const {
@@ -224,36 +218,23 @@ double SoXer::nonLoopableEnd(const AETimeLineItem& item) const {
     return std::min(item.range.o, item.range.i + (item.bgmOutTime - item.inTime));
 }
 
-void SoXer::laneJob() {
-    for (const int64_t lane : lanesToRender())
-        renderLane(lane);
-}
-
-void SoXer::renderLane(int64_t lane) {
-    const AETimeLine::Items items = timeline->getLaneItemSubset(lane);
-    if (items.empty()) return;
-    const QString laneFile = tempFU.getPath("_lane" + QString::number(lane) + ".wav");
-    {
-        std::lock_guard lock(listMutex_);
-        laneFiles_ << laneFile;
-    }
-    QStringList list;
-    // Where the lane file has got to: each gap is measured from what was really written, so rounding
-    // of item ends cannot add up along the lane.
+std::vector<LanePiece> SoXer::planLane(const std::vector<std::shared_ptr<AETimeLineItem>>& items,
+                                       bool attached) {
+    std::vector<LanePiece> pieces;
+    // Where the lane has got to: each gap is measured from what the item files held, so rounding of
+    // item ends cannot add up along the lane.
     double cursor = 0;
     for (const auto& item : items) {
         if (item->range.duration() > kShortestItem) {
             const double gap = item->inTime - cursor;
-            const QString path = itemPath(*item);
-            list << path;
-            timeLineItem2Cluster(*item, path, gap);
+            const double padding = attached ? gap : 0.0;
+            auto piece = streamedPiece(*item, padding);
+            if (!piece) piece = renderedPiece(*item, padding);
+            if (piece) pieces.push_back(std::move(*piece));
             cursor += (sourceOf(*item).type == AEAssetType::silence ? 0.0 : writtenPadding(gap)) +
                       clusterLength(*item);
         }
         produced();
     }
-    soxUt_concatenate(list, laneFile, destFrequency, destNChannels, destBitsPerSample, 0, 0);
-    produced();
-    for (const QString& file : list)
-        fu_deleteFile(file);
+    return pieces;
 }

@@ -1,8 +1,11 @@
 #pragma once
-// Turns a snapshot of a timeline into one sound file. Every item becomes its own small WAV, already
-// trimmed, gained, preceded by the silence before it and shaped by its volume envelope; each lane's
-// items are concatenated into one file starting at time 0; the lanes are summed by one mix; an .mp3
-// destination is then encoded with its tags and chapters.
+// Turns a snapshot of a timeline into one sound file. Each item is trimmed, gained, preceded by the
+// silence before it and shaped by its volume envelope; a lane's items follow one another from time 0;
+// the lanes are summed as one `sox -m` of them; an .mp3 destination is encoded with its tags and
+// chapters. The sound is that of one WAV per item, concatenated per lane and mixed, but it is made in
+// one pass from the sources (LaneStream, TimelineMix) and piped into the encoder; only an item whose
+// source cannot be streamed as it is (another rate, a compressed file, a missing one) still gets its
+// own WAV from the sound tool, which the stream then reads.
 //
 // The timeline is duplicated at construction (on the main thread, like every edit), so the user may
 // go on editing; what the jobs need of the assets is read there too. Tool failures are not errors
@@ -10,18 +13,18 @@
 // absent from its lane (which then closes up).
 
 #include "project/model/AEAssetType.h"
+#include "render/LaneStream.h"
 #include "render/QXMp3Tags.h"
 #include "render/TempFU.h"
+#include "render/TimelineMix.h"
 #include "timeline/model/AETimeRange.h"
 
 #include <QDateTime>
 #include <QString>
-#include <QStringList>
 #include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -75,10 +78,15 @@ public:
     // the main lane is replaced by the timeline's selection; other lanes render whole. False (and a
     // log line) when no result came out.
     bool perform(bool selection = false);
+    // The mix as a stream, for a caller that measures or encodes it itself; null when the timeline
+    // gives no sound. Blocking: items that need the sound tool are made first. The temporary folder
+    // lives as long as this SoXer.
+    std::unique_ptr<TimelineMix> openMix(bool selection = false);
     // perform on the background pool, then `callback` there with its result.
     void performAsync(bool selection, std::function<void(bool done)> callback);
 
-    // One item's WAV at `path`, preceded by silenceDuration seconds of silence.
+    // One item's WAV at `path`, preceded by silenceDuration seconds of silence: the sound tool's way,
+    // for a source the stream cannot read as it is.
     void timeLineItem2Cluster(const AETimeLineItem& item, const QString& path, double silenceDuration);
     // Repeats of a loopable music asset from inTime to bgmOutTime, faded out at the end.
     void loopableItemToCluster(const AETimeLineItem& item, const QString& path, double silenceDuration);
@@ -104,9 +112,13 @@ private:
           const std::shared_ptr<AETimeLine>& timeline, PercentageCallback percentageCallback);
     void gatherSources();
     const Source& sourceOf(const AETimeLineItem& item) const;
-    void mainLaneJob(bool selection, const QString& mainFile);
-    void laneJob();
-    void renderLane(int64_t lane);
+    // A lane's pieces in order; attached lanes count each item's leading silence from the previous end.
+    std::vector<LanePiece> planLane(const std::vector<std::shared_ptr<AETimeLineItem>>& items, bool attached);
+    // The item read straight from its source; nothing when the sound tool must make it.
+    std::optional<LanePiece> streamedPiece(const AETimeLineItem& item, double silenceDuration) const;
+    // The sound tool's file of the item as a piece; nothing when it made none (a missing source).
+    std::optional<LanePiece> renderedPiece(const AETimeLineItem& item, double silenceDuration);
+    void reportStream(const TimelineMix& mix);
     void produced();
     void report(double percent) const;
     QString itemPath(const AETimeLineItem& item) const;
@@ -120,10 +132,18 @@ private:
     double clusterLength(const AETimeLineItem& item) const;
     // Asset time at which a music item that does not loop stops.
     double nonLoopableEnd(const AETimeLineItem& item) const;
+    // Asset time at which the item's cluster ends, unless it loops.
+    double clusterEnd(const AETimeLineItem& item) const;
+    // The span a looping bed is cut from: seconds from its start in the asset, and the passes of the
+    // asset that cover them.
+    struct LoopSpan {
+        double length = 0;
+        int passes = 1;
+    };
+    LoopSpan loopSpan(const AETimeLineItem& item) const;
+    bool loops(const AETimeLineItem& item) const;
     std::shared_ptr<AEKeyframeList> volumeKeyframes(const AETimeLineItem& item) const;
 
     std::map<const AEAsset*, Source> sources_;
     double timelineOutTime_ = 0;
-    std::mutex listMutex_;
-    QStringList laneFiles_;
 };

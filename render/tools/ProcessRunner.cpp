@@ -10,11 +10,13 @@
 namespace {
 
 constexpr int kCancelPollMs = 100;
+// Bytes waiting for a fed program's standard input before the next piece is pulled.
+constexpr qint64 kInputBacklog = 1 << 20;
 
 thread_local std::function<bool()> threadCancelled;
 
 void configure(QProcess& process, const ProcessRequest& request) {
-    process.setStandardInputFile(QProcess::nullDevice());
+    if (!request.input) process.setStandardInputFile(QProcess::nullDevice());
     switch (request.errors) {
     case ProcessErrors::forward:
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -38,6 +40,19 @@ void take(QProcess& process, const ProcessRequest& request, ProcessResult& resul
         result.output += chunk;
 }
 
+// Pulls pieces until enough wait in the pipe; the empty one closes it.
+void feed(QProcess& process, const ProcessRequest& request, bool& feeding) {
+    while (feeding && process.bytesToWrite() < kInputBacklog) {
+        const QByteArray piece = request.input();
+        if (piece.isEmpty()) {
+            process.closeWriteChannel();
+            feeding = false;
+        } else {
+            process.write(piece);
+        }
+    }
+}
+
 // How long the next wait may last: until the deadline, and short enough to notice a cancellation.
 int nextWaitMs(const QDeadlineTimer& deadline, bool polling) {
     const qint64 left = deadline.remainingTime();
@@ -59,7 +74,8 @@ ProcessResult runProcess(const ProcessRequest& request) {
     if (request.logVector) qxLog((QStringList{request.program} + request.arguments).join(u' '));
     QProcess process;
     configure(process, request);
-    process.start(request.program, request.arguments, QIODevice::ReadOnly);
+    bool feeding = static_cast<bool>(request.input);
+    process.start(request.program, request.arguments, feeding ? QIODevice::ReadWrite : QIODevice::ReadOnly);
     if (!process.waitForStarted(-1)) {
         qxLog(request.label + ": cannot start " + request.program + ": " + process.errorString());
         return result;
@@ -71,10 +87,16 @@ ProcessResult runProcess(const ProcessRequest& request) {
     const bool polling = static_cast<bool>(cancelled);
     // Reading as the output comes keeps a talkative program from blocking on a full pipe.
     while (process.state() != QProcess::NotRunning) {
-        const int waitMs = nextWaitMs(deadline, polling);
-        const bool ready =
-            request.keepOutput ? process.waitForReadyRead(waitMs) : process.waitForFinished(waitMs);
-        if (ready && request.keepOutput) take(process, request, result);
+        bool ready = false;
+        if (feeding) {
+            feed(process, request, feeding);
+            ready = process.waitForBytesWritten(nextWaitMs(deadline, true));
+            if (request.keepOutput) take(process, request, result);
+        } else {
+            const int waitMs = nextWaitMs(deadline, polling);
+            ready = request.keepOutput ? process.waitForReadyRead(waitMs) : process.waitForFinished(waitMs);
+            if (ready && request.keepOutput) take(process, request, result);
+        }
         if (ready || process.state() == QProcess::NotRunning) continue;
         if (deadline.hasExpired() || (polling && cancelled())) {
             qxLog(request.label + ": stopped " + request.program);

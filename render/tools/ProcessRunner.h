@@ -1,9 +1,9 @@
 #pragma once
 // The one place an external program is started. The program gets its arguments as a list (no shell
 // parses them) and the null device for standard input, so a tool that asks a question reads end of
-// file. The caller chooses where standard error goes, whether standard output is kept or streamed,
-// how long to wait and when to give up; the exit status is reported, not judged. Any thread; blocks
-// until the program has ended or was killed.
+// file, unless the caller feeds it. The caller chooses where standard error goes, whether standard output is
+// kept or streamed, how long to wait and when to give up; the exit status is reported, not judged. Any
+// thread; blocks until the program has ended or was killed.
 
 #include <QByteArray>
 #include <QString>
@@ -24,6 +24,9 @@ struct ProcessRequest {
     bool keepOutput = true;
     // Each piece of standard output as it comes; set, the result's output stays empty.
     std::function<void(const QByteArray& chunk)> onOutput = {};
+    // Set, standard input is a pipe fed with what this returns, pulled as the program takes it; an
+    // empty piece closes it.
+    std::function<QByteArray()> input = {};
     // Milliseconds from the start; negative waits as long as it takes. A program past it is killed.
     int timeoutMs = -1;
     // Asked a few times a second while the program runs; true kills it.

@@ -50,22 +50,6 @@ QStringList compand(double ratio, double gain, double attack, double decay) {
             "0.1"};
 }
 
-// -m scales each input by 1/n; this brings part of it back.
-std::optional<QString> mixGain(qsizetype nSources) {
-    switch (nSources) {
-    case 2:
-        return "4";
-    case 3:
-        return "6";
-    case 4:
-        return "8";
-    case 5:
-        return "10";
-    default:
-        return std::nullopt;
-    }
-}
-
 QString pcmCodec(int bitsPerSample) {
     switch (bitsPerSample) {
     case 8:
@@ -82,6 +66,21 @@ QString pcmCodec(int bitsPerSample) {
 } // namespace
 
 namespace soxArgs {
+
+std::optional<QString> mixGain(qsizetype nSources) {
+    switch (nSources) {
+    case 2:
+        return "4";
+    case 3:
+        return "6";
+    case 4:
+        return "8";
+    case 5:
+        return "10";
+    default:
+        return std::nullopt;
+    }
+}
 
 QString silenceThreshold(double dB) {
     return num(std::pow(10.0, 0.05 * dB)) + "%";
@@ -271,6 +270,16 @@ QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std:
     // This ffmpeg takes -channels for raw inputs only and would ignore it here.
     if (channels) out << "-ac" << QString::number(*channels);
     out << forTool(dst);
+    return out;
+}
+
+QStringList encodeMp3FromPipe(int rate, int channels, const QString& dst, int kbitrate,
+                              const QString& filter) {
+    QStringList out{
+        "-v", "error", "-y", "-f", "s16le", "-ar", QString::number(rate), "-ac", QString::number(channels),
+        "-i", "pipe:0"};
+    if (!filter.isEmpty()) out << "-af" << filter;
+    out << "-b:a" << QString::number(kbitrate) + "k" << forTool(dst);
     return out;
 }
 

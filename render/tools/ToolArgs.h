@@ -14,6 +14,9 @@
 
 namespace soxArgs {
 
+// The gain a mix of nSources gets back after -m divided each by their number: none beyond five.
+std::optional<QString> mixGain(qsizetype nSources);
+
 // The threshold form of the silence effect: 10^(0.05 dB) with "%" behind it. The ratio is not
 // scaled to a percentage, so -25 dB gives "0.05623413251903491%".
 QString silenceThreshold(double dB);
@@ -84,6 +87,9 @@ QStringList encodeAAC(const QString& src, const QString& dst, int bitrate);
 // No -y: an existing destination is left alone (the question it asks reads end of file).
 QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std::optional<int> channels);
 // The encode with an audio filter chain in front of the encoder ("" for none).
+// Encodes 16-bit little-endian frames read from standard input, through the filter when one is given.
+QStringList encodeMp3FromPipe(int rate, int channels, const QString& dst, int kbitrate,
+                              const QString& filter);
 QStringList encodeMp3Filtered(const QString& src, const QString& dst, int kbitrate, const QString& filter);
 // The stream description (with a broadcast WAV's time_reference), printed on standard error.
 QStringList describe(const QString& path);

@@ -50,6 +50,15 @@ TEST(ProcessRunner, StreamsOutputAsItComesAndReadsNoInput) {
     EXPECT_TRUE(result.output.isEmpty());
 }
 
+// More than the pipe and the runner's backlog hold, so feeding and reading must take turns.
+TEST(ProcessRunner, FeedsStandardInputPieceByPieceUntilAnEmptyOne) {
+    auto request = sh("wc -c");
+    int pulled = 0;
+    request.input = [&pulled] { return pulled++ < 64 ? QByteArray(65536, 'x') : QByteArray(); };
+    EXPECT_EQ(runProcess(request).output.trimmed(), QByteArray::number(64 * 65536));
+    EXPECT_EQ(pulled, 65) << "nothing pulled after the end";
+}
+
 TEST(ProcessRunner, KillsAProgramPastItsTimeoutOrWhenCancelled) {
     auto timed = ProcessRequest{.program = "/bin/sleep", .arguments = {"30"}, .timeoutMs = 200};
     const ProcessResult late = runProcess(timed);
