@@ -116,8 +116,5 @@ TEST_F(BrightwashQuality, AllFlagsOffGivesTheMono16Copy) {
     EXPECT_EQ(out.channels, 1);
     EXPECT_EQ(out.subFormat, SF_FORMAT_PCM_16);
     EXPECT_EQ(out.frames, in.frames);
-    double worst = 0;
-    for (int64_t i = 0; i < in.frames; ++i)
-        worst = std::max(worst, double(std::fabs(in.samples[size_t(i)] - out.samples[size_t(i)])));
-    EXPECT_LE(worst, 1.5 / 32768.0);
+    EXPECT_LE(in.largestDifference(out), 1.5 / 32768.0);
 }

@@ -49,6 +49,14 @@ struct Decoded {
         return p;
     }
 
+    // The largest difference of any sample from the same sample of another decode of equal length.
+    double largestDifference(const Decoded& other) const {
+        double worst = 0.0;
+        for (size_t i = 0; i < std::min(samples.size(), other.samples.size()); ++i)
+            worst = std::max(worst, static_cast<double>(std::fabs(samples[i] - other.samples[i])));
+        return worst;
+    }
+
 private:
     std::pair<int64_t, int64_t> span(double from, double to) const {
         const auto clampFrame = [&](double t) {
