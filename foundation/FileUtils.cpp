@@ -6,6 +6,8 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <fcntl.h>
+#include <unistd.h>
 
 bool fu_fileExists(const QString& path) {
     return !path.isEmpty() && QFileInfo::exists(path);
@@ -32,6 +34,14 @@ bool fu_copyFile(const QString& from, const QString& to) {
         return false;
     }
     return true;
+}
+
+bool fu_linkOrCopyFile(const QString& from, const QString& to) {
+    // Following a link, as the copy would: the new name is always a file of its own.
+    if (::linkat(AT_FDCWD, QFile::encodeName(from).constData(), AT_FDCWD, QFile::encodeName(to).constData(),
+                 AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    return fu_copyFile(from, to);
 }
 
 bool fu_deleteFile(const QString& path) {

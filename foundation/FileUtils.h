@@ -13,6 +13,8 @@ bool fu_isRegularFile(const QString& path);
 bool fu_createFolder(const QString& path);
 // Copies without overwriting; false (and a log line) when the copy did not happen.
 bool fu_copyFile(const QString& from, const QString& to);
+// A second name for the same file where the volume allows it (nothing is copied), a copy elsewhere.
+bool fu_linkOrCopyFile(const QString& from, const QString& to);
 bool fu_deleteFile(const QString& path);
 bool fu_deleteFolder(const QString& path);
 int64_t fu_getFileSize(const QString& path);

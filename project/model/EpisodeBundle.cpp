@@ -133,7 +133,8 @@ QString AEEpisode::exportEpisode(const QString& path, bool includeCommon,
         const auto usable = asset->getUsableFilePath();
         if (!usable) return;
         const QString media = tempPath + QFileInfo(*usable).fileName();
-        if (!QFileInfo::exists(media) && !fu_copyFile(*usable, media)) return;
+        // The zip only reads the media: a link spares copying gigabytes into the temporary folder.
+        if (!QFileInfo::exists(media) && !fu_linkOrCopyFile(*usable, media)) return;
         list << media;
         const QString record = tempPath + asset->id + ".aeasset";
         AEAssetDB::saveAsset(asset);
