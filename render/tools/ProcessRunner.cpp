@@ -5,6 +5,8 @@
 #include <QDeadlineTimer>
 #include <QProcess>
 #include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -17,6 +19,10 @@ thread_local std::function<bool()> threadCancelled;
 
 void configure(QProcess& process, const ProcessRequest& request) {
     if (!request.input) process.setStandardInputFile(QProcess::nullDevice());
+    // A fed program otherwise finds 64 KB waiting while the next piece is made: a larger pipe keeps an
+    // encoder busy through that. Set from the child, whose standard input is the pipe by then.
+    else
+        process.setChildProcessModifier([] { ::fcntl(STDIN_FILENO, F_SETPIPE_SZ, int{kInputBacklog}); });
     switch (request.errors) {
     case ProcessErrors::forward:
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
