@@ -31,6 +31,7 @@ protected:
         QDir(dir.path()).mkpath("out");
         return path("out/" + name);
     }
+    Decoded musicUnderTwoSeconds(bool loops, double at, const QString& name);
 };
 
 TEST_F(SoXerTest, ItemsOnEveryLaneStartAtTheirTimelineTime) {
@@ -110,26 +111,24 @@ TEST_F(SoXerTest, LoopingMusicFillsItsSpanAndFadesOut) {
     EXPECT_LT(d.peak(0, 3.99, 4.0), 0.01);
 }
 
-TEST_F(SoXerTest, MusicLongerThanItsSpanIsOnePieceAndEndsOnTime) {
+// Five seconds of music from `at` under two seconds of speech, rendered to `name`.
+Decoded SoXerTest::musicUnderTwoSeconds(bool loops, double at, const QString& name) {
     tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 2.0), false);
     const auto bgm = fileAsset(tone("long.wav", 5.0, 440, 44100, 2), AEAssetType::bgm);
-    bgm->bgmSettings = std::make_shared<AEBGMSettings>(true, 0.25, false);
-    tl->attachItem(bgm, 1, 0.0, std::nullopt, false, false);
+    bgm->bgmSettings = std::make_shared<AEBGMSettings>(loops, 0.25, false);
+    tl->attachItem(bgm, 1, at, std::nullopt, false, false);
     tl->adjustBGM();
-    const QString dest = out("one.wav");
-    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
-    EXPECT_NEAR(decode(dest).seconds(), 2.0, kOneMs);
+    const QString dest = out(name);
+    EXPECT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
+    return decode(dest);
+}
+
+TEST_F(SoXerTest, MusicLongerThanItsSpanIsOnePieceAndEndsOnTime) {
+    EXPECT_NEAR(musicUnderTwoSeconds(true, 0.0, "one.wav").seconds(), 2.0, kOneMs);
 }
 
 TEST_F(SoXerTest, MusicThatDoesNotLoopStopsWhereTheTimelineEnds) {
-    tl->appendItemInMainLane(tlfixture::silence(), AETimeRange(0, 2.0), false);
-    const auto bgm = fileAsset(tone("long.wav", 5.0, 440, 44100, 2), AEAssetType::bgm);
-    bgm->bgmSettings = std::make_shared<AEBGMSettings>(false, 0.25, false);
-    tl->attachItem(bgm, 1, 0.5, std::nullopt, false, false);
-    tl->adjustBGM();
-    const QString dest = out("cut.wav");
-    ASSERT_TRUE(render(SoXer::make(dest, 44100, 2, 16, tl)));
-    const Decoded d = decode(dest);
+    const Decoded d = musicUnderTwoSeconds(false, 0.5, "cut.wav");
     EXPECT_NEAR(d.seconds(), 2.0, kOneMs);
     expectOnsetsAt(onsets(d, 0.01), {0.5});
 }
