@@ -2,6 +2,7 @@
 
 #include "dsp/SndFile.h"
 #include "foundation/Prefs.h"
+#include "render/tools/ToolArgs.h"
 #include "render/tools/ToolFilePaths.h"
 
 #include <cmath>
@@ -135,22 +136,9 @@ QString loudness_filter(double gainDb, double truePeakCeiling, int rate) {
 
 QStringList loudness_normalisePipeArgs(int channels, const QString& dst, double gainDb,
                                        double truePeakCeiling, int rate) {
-    return {"-y",
-            "-loglevel",
-            "error",
-            "-f",
-            "s16le",
-            "-ar",
-            QString::number(rate),
-            "-ac",
-            QString::number(channels),
-            "-i",
-            "pipe:0",
-            "-af",
-            loudness_filter(gainDb, truePeakCeiling, rate),
-            "-c:a",
-            "pcm_s16le",
-            toolFilePaths::forTool(dst)};
+    return QStringList{"-y", "-loglevel", "error"} + ffArgs::rawPcmInput(rate, channels) +
+           QStringList{"-af", loudness_filter(gainDb, truePeakCeiling, rate), "-c:a", "pcm_s16le",
+                       toolFilePaths::forTool(dst)};
 }
 
 QStringList loudness_normaliseArgs(const QString& src, const QString& dst, double gainDb,

@@ -273,11 +273,13 @@ QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std:
     return out;
 }
 
+QStringList rawPcmInput(int rate, int channels) {
+    return {"-f", "s16le", "-ar", QString::number(rate), "-ac", QString::number(channels), "-i", "pipe:0"};
+}
+
 QStringList encodeMp3FromPipe(int rate, int channels, const QString& dst, int kbitrate,
                               const QString& filter) {
-    QStringList out{
-        "-v", "error", "-y", "-f", "s16le", "-ar", QString::number(rate), "-ac", QString::number(channels),
-        "-i", "pipe:0"};
+    QStringList out = QStringList{"-v", "error", "-y"} + rawPcmInput(rate, channels);
     if (!filter.isEmpty()) out << "-af" << filter;
     out << "-b:a" << QString::number(kbitrate) + "k" << forTool(dst);
     return out;

@@ -87,10 +87,12 @@ QStringList encodeAAC(const QString& src, const QString& dst, int bitrate);
 // No -y: an existing destination is left alone (the question it asks reads end of file).
 QStringList encodeMp3(const QString& src, const QString& dst, int kbitrate, std::optional<int> channels);
 // The encode with an audio filter chain in front of the encoder ("" for none).
-// Encodes 16-bit little-endian frames read from standard input, through the filter when one is given.
+QStringList encodeMp3Filtered(const QString& src, const QString& dst, int kbitrate, const QString& filter);
+// Standard input as raw 16-bit little-endian PCM of this rate and channel count.
+QStringList rawPcmInput(int rate, int channels);
+// Encodes such frames read from standard input, through the filter when one is given.
 QStringList encodeMp3FromPipe(int rate, int channels, const QString& dst, int kbitrate,
                               const QString& filter);
-QStringList encodeMp3Filtered(const QString& src, const QString& dst, int kbitrate, const QString& filter);
 // The stream description (with a broadcast WAV's time_reference), printed on standard error.
 QStringList describe(const QString& path);
 // First audio stream to 32-bit float WAV (RF64 past 4 GB). "file:" keeps a name that starts with "-"
